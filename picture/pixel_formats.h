@@ -1,0 +1,49 @@
+// The one place that knows how pixels are laid out in memory.
+//
+//   code 13: mask, red, green, blue   (desktop picture of depth 32)
+//   code 12: red, green, blue         (desktop picture of depth 24)
+//   code 8:  blue, green, red, mask   (console and web bitmaps)
+//
+// Reading ignores the mask byte; writing stores 255 there in code 13 and 0 in code 8.
+#pragma once
+
+#include <cstdint>
+
+enum : int32_t { kPixelType32ARGB = 13, kPixelType24RGB = 12, kPixelType32BGRA = 8 };
+
+struct RGB {
+    uint8_t r, g, b;
+};
+
+struct Code13 {
+    static constexpr int32_t code = kPixelType32ARGB;
+    static constexpr int bytes = 4;
+    static RGB load(const uint8_t* p) { return RGB{p[1], p[2], p[3]}; }
+    static void store(uint8_t* p, RGB c) { p[0] = 255; p[1] = c.r; p[2] = c.g; p[3] = c.b; }
+    static uint8_t mask(const uint8_t* p) { return p[0]; }
+    static void setMask(uint8_t* p, uint8_t m) { p[0] = m; }
+};
+
+struct Code12 {
+    static constexpr int32_t code = kPixelType24RGB;
+    static constexpr int bytes = 3;
+    static RGB load(const uint8_t* p) { return RGB{p[0], p[1], p[2]}; }
+    static void store(uint8_t* p, RGB c) { p[0] = c.r; p[1] = c.g; p[2] = c.b; }
+    static uint8_t mask(const uint8_t*) { return 255; }  // no mask byte: fully opaque
+};
+
+struct Code8 {
+    static constexpr int32_t code = kPixelType32BGRA;
+    static constexpr int bytes = 4;
+    static RGB load(const uint8_t* p) { return RGB{p[2], p[1], p[0]}; }
+    static void store(uint8_t* p, RGB c) { p[0] = c.b; p[1] = c.g; p[2] = c.r; p[3] = 0; }
+    // The stored byte is a 7-bit value: its low seven bits shifted up, bit 0 copied down.
+    static uint8_t mask(const uint8_t* p) { return static_cast<uint8_t>((p[3] << 1) | (p[3] & 1)); }
+};
+
+// A host color argument, 0x00RRGGBB; the top byte is ignored.
+inline RGB ColorToRGB(uint32_t color) {
+    return RGB{static_cast<uint8_t>(color >> 16), static_cast<uint8_t>(color >> 8), static_cast<uint8_t>(color)};
+}
+
+inline bool SameRGB(RGB a, RGB b) { return a.r == b.r && a.g == b.g && a.b == b.b; }
