@@ -45,6 +45,8 @@ const HostConfig& config();
 
 // The resolver handed to REALPluginMain.
 void* resolve(const char* name);
+// Every lookup name the resolver knows (before config.hidden applies).
+std::vector<std::string> entryPointNames();
 
 // Make the nth occurrence of a fault kind (counted from now) fail. n = 0 disarms it.
 void failNth(Fault kind, int n);
@@ -98,7 +100,10 @@ private:
 // or 8 (3-3-2 indexed); its rows are padded so that stride mistakes show.
 // A bitmap picture (console and web hosts) is description type 10 with separately
 // allocated rows of code 8 pixels. A vector picture has no pixels of its own.
-// New pixel pictures are filled with kNewPictureFill.
+// New pixel pictures are white (kNewPictureRGB) with mask bytes kNewPictureMaskByte.
+// getRGB/setRGB/pixelAddress are for tests; setRGB keeps a 32-bit pixel's mask byte,
+// while the host's own drawing (DrawLine, DrawPicture, ScrollRect) writes
+// kNewPictureMaskByte there.
 enum class PictureKind { GWorld, Bitmap, Vector };
 constexpr uint32_t kNewPictureRGB = 0xFFFFFF;   // white
 constexpr uint8_t kNewPictureMaskByte = 0x00;   // the mask byte of a new 32-bit pixel
@@ -167,6 +172,8 @@ const std::vector<REALmethodDefinition*>& registeredGlobalMethods();
 // The definition the host received for a class name (null if none).
 REALclassDefinition* findClass(const std::string& name);
 int registeredPluginVersion();  // what "RegisterPluginVersion" received, 0 if not called
+// The instance data offset the host writes into word 4 of a registered class.
+constexpr uintptr_t kInstanceDataOffset = 32;
 
 // Class instances: "PluginNewInstance" for a registered class (zero-filled data at
 // the offset the host wrote into word 4, then the constructor).
