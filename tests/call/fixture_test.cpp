@@ -4,6 +4,7 @@
 #include <gtest/gtest-spi.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace vqztest {
 namespace {
@@ -44,6 +45,43 @@ TEST_F(FixtureTest, UnregisteredDeclarationFailsTheTest) {
             EXPECT_TRUE(v.isNil());
         },
         "\"NoSuchMethodVQZ as picture\" is not registered under class 'Picture'");
+}
+
+// Raises an exception through the entry points, as the plugin does.
+void raise(const char* className, const char* message) {
+    auto newInstance = reinterpret_cast<REALobjectStruct* (*)(const char*)>(standin::resolve("PluginNewInstance"));
+    auto buildString = reinterpret_cast<REALstringStruct* (*)(const char*, int32_t)>(standin::resolve("REALBuildString"));
+    auto setString = reinterpret_cast<uint8_t (*)(REALobjectStruct*, const char*, REALstringStruct*)>(
+        standin::resolve("REALSetPropValueString"));
+    auto raiseException = reinterpret_cast<void (*)(REALobjectStruct*)>(standin::resolve("RuntimeRaiseException"));
+    REALobjectStruct* e = newInstance(className);
+    ASSERT_NE(e, nullptr);
+    REALstringStruct* s = buildString(message, int32_t(std::strlen(message)));
+    EXPECT_TRUE(setString(e, "Message", s));
+    raiseException(e);
+    standin::release(e);
+    standin::release(s);
+}
+
+TEST_F(FixtureTest, ExceptionsAreTakenAndChecked) {
+    raise("NilObjectException", "nothing here");
+    EXPECT_TRUE(exceptionRaised("NilObjectException", "nothing here"));
+    EXPECT_FALSE(exceptionRaised("NilObjectException"));  // already taken
+
+    raise("RuntimeException", "other");
+    ::testing::AssertionResult r = exceptionRaised("NilObjectException");
+    EXPECT_FALSE(r);
+    EXPECT_NE(std::string(r.message()).find("RuntimeException was raised"), std::string::npos) << r.message();
+
+    raise("NilObjectException", "text");
+    EXPECT_FALSE(exceptionRaised("NilObjectException", "other text"));
+}
+
+TEST_F(FixtureTest, PropertiesOfHostObjects) {
+    Ref pic = makeHostPicture(6, 4);
+    EXPECT_EQ(intProperty(pic.get(), "Width"), 6);
+    EXPECT_EQ(intProperty(pic.get(), "Height"), 4);
+    EXPECT_NONFATAL_FAILURE(intProperty(nullptr, "NoSuchProperty"), "cannot read property \"NoSuchProperty\"");
 }
 
 TEST(FixtureFormats, ListsAndNames) {

@@ -260,6 +260,10 @@ Value PluginTest::callPictureMethod(const std::string& declaration, void* pic, s
     return standin::invokeRef("Picture", declaration, pic, args);
 }
 
+Value PluginTest::callPictureRef(const std::string& declaration, void* pic, std::vector<Value>& args) {
+    return standin::invokeRef("Picture", declaration, pic, args);
+}
+
 namespace {
 
 Ref pictureOf(Value v, const std::string& declaration) {
@@ -304,6 +308,87 @@ double PluginTest::callDouble(const std::string& declaration, void* pic, std::ve
     if (v.type != TypeName::Double && v.type != TypeName::Void)
         ADD_FAILURE() << "\"" << declaration << "\" answers " << standin::typeNameText(v.type) << ", not a Double";
     return v.d;
+}
+
+// ---------------------------------------------------------------- properties
+
+namespace {
+
+bool getProp(void* object, const std::string& name, standin::PropValue::Type type, standin::PropValue& out) {
+    if (!standin::getProperty(object, name, out)) {
+        ADD_FAILURE() << "cannot read property \"" << name << "\" of " << object;
+        return false;
+    }
+    if (out.type != type) {
+        ADD_FAILURE() << "property \"" << name << "\" is not of the type asked for";
+        if (out.type == standin::PropValue::Handle && out.h) standin::release(out.h);
+        return false;
+    }
+    return true;
+}
+
+void setProp(void* object, const std::string& name, const standin::PropValue& v) {
+    EXPECT_TRUE(standin::setProperty(object, name, v)) << "cannot set property \"" << name << "\" of " << object;
+}
+
+}  // namespace
+
+void PluginTest::setIntProperty(void* object, const std::string& name, int64_t value) {
+    standin::PropValue v;
+    v.type = standin::PropValue::Integer;
+    v.i = value;
+    setProp(object, name, v);
+}
+
+void PluginTest::setDoubleProperty(void* object, const std::string& name, double value) {
+    standin::PropValue v;
+    v.type = standin::PropValue::Double;
+    v.d = value;
+    setProp(object, name, v);
+}
+
+void PluginTest::setObjectProperty(void* object, const std::string& name, void* handle) {
+    standin::PropValue v;
+    v.type = standin::PropValue::Handle;
+    v.h = handle;
+    setProp(object, name, v);
+}
+
+int64_t PluginTest::intProperty(void* object, const std::string& name) {
+    standin::PropValue v;
+    return getProp(object, name, standin::PropValue::Integer, v) ? v.i : 0;
+}
+
+double PluginTest::doubleProperty(void* object, const std::string& name) {
+    standin::PropValue v;
+    return getProp(object, name, standin::PropValue::Double, v) ? v.d : 0.0;
+}
+
+Ref PluginTest::objectProperty(void* object, const std::string& name) {
+    standin::PropValue v;
+    return getProp(object, name, standin::PropValue::Handle, v) ? Ref::adopt(v.h) : Ref();
+}
+
+// ---------------------------------------------------------------- exceptions
+
+::testing::AssertionResult PluginTest::exceptionRaised(const std::string& className) {
+    standin::PendingException e = standin::takeException();
+    if (e.className == className) return ::testing::AssertionSuccess();
+    if (e.className.empty()) return ::testing::AssertionFailure() << "no exception was raised, expected " << className;
+    return ::testing::AssertionFailure() << e.className << " was raised, expected " << className;
+}
+
+::testing::AssertionResult PluginTest::exceptionRaised(const std::string& className, const std::string& message) {
+    standin::PendingException e = standin::takeException();
+    if (e.className != className)
+        return ::testing::AssertionFailure()
+               << (e.className.empty() ? std::string("no exception") : e.className) << " was raised, expected "
+               << className << " with Message \"" << message << "\"";
+    if (!e.hasMessage) return ::testing::AssertionFailure() << className << " was raised without a Message";
+    if (e.message != message)
+        return ::testing::AssertionFailure() << className << " was raised with Message \"" << e.message
+                                             << "\", expected \"" << message << "\"";
+    return ::testing::AssertionSuccess();
 }
 
 }  // namespace vqztest

@@ -161,6 +161,7 @@ protected:
     Ref callGlobalPicture(const std::string& declaration, std::vector<Value> args = {});
     // Methods of the Picture extension, called on `pic`.
     Value callPictureMethod(const std::string& declaration, void* pic, std::vector<Value> args = {});
+    Value callPictureRef(const std::string& declaration, void* pic, std::vector<Value>& args);  // byref written back
     Ref callPicture(const std::string& declaration, void* pic, std::vector<Value> args = {});
     bool callBool(const std::string& declaration, void* pic, std::vector<Value> args = {});
     bool callBool(const std::string& where, const std::string& declaration, void* receiver,
@@ -168,8 +169,21 @@ protected:
     int32_t callInt(const std::string& declaration, void* pic, std::vector<Value> args = {});
     double callDouble(const std::string& declaration, void* pic, std::vector<Value> args = {});
 
+    // Properties of instances and host objects, as the host program reads and writes
+    // them; a missing or mistyped property fails the test.
+    void setIntProperty(void* object, const std::string& name, int64_t value);
+    void setDoubleProperty(void* object, const std::string& name, double value);
+    void setObjectProperty(void* object, const std::string& name, void* handle);  // null: nil
+    int64_t intProperty(void* object, const std::string& name);
+    double doubleProperty(void* object, const std::string& name);
+    Ref objectProperty(void* object, const std::string& name);
+
     // The pending host exception (and clears it).
     standin::PendingException takeException() { return standin::takeException(); }
+    // Takes the pending exception and checks its class (and Message):
+    //   EXPECT_TRUE(exceptionRaised("NilObjectException", "..."));
+    ::testing::AssertionResult exceptionRaised(const std::string& className);
+    ::testing::AssertionResult exceptionRaised(const std::string& className, const std::string& message);
     // Empty when the ledger is clean, else what is left over.
     static std::string ledgerProblems();
 
