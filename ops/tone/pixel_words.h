@@ -1,0 +1,78 @@
+// A 4-byte pixel handled as one 32-bit word, so that row loops become plain shifts,
+// masks and ors that the compiler can vectorize. Where each channel sits in the word
+// is taken from the format's own store (the compiler folds it to constants), so the
+// byte layouts stay in picture/pixel_formats.h. 3-byte pixels go through load/store.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "picture/pixel_formats.h"
+
+namespace tone {
+
+// The word that F::store writes for a color (mask byte included).
+template <class F>
+inline uint32_t StoredWord(RGB c) {
+    uint8_t bytes[4] = {0, 0, 0, 0};
+    F::store(bytes, c);
+    uint32_t word;
+    memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+template <class F>
+struct Word {
+    static_assert(F::bytes == 4, "only 4-byte pixels are words");
+    // What every stored pixel carries besides its color: the mask byte of the writing rule.
+    static uint32_t fixedBits() { return StoredWord<F>(RGB{0, 0, 0}); }
+    static uint32_t redBits() { return StoredWord<F>(RGB{255, 0, 0}) ^ fixedBits(); }
+    static uint32_t greenBits() { return StoredWord<F>(RGB{0, 255, 0}) ^ fixedBits(); }
+    static uint32_t blueBits() { return StoredWord<F>(RGB{0, 0, 255}) ^ fixedBits(); }
+    static uint32_t colorBits() { return redBits() | greenBits() | blueBits(); }
+    static int redShift() { return __builtin_ctz(redBits()); }
+    static int greenShift() { return __builtin_ctz(greenBits()); }
+    static int blueShift() { return __builtin_ctz(blueBits()); }
+
+    static uint32_t load(const uint8_t* p) {
+        uint32_t word;
+        memcpy(&word, p, sizeof word);
+        return word;
+    }
+    static void store(uint8_t* p, uint32_t word) { memcpy(p, &word, sizeof word); }
+    static uint32_t red(uint32_t w) { return (w >> redShift()) & 255u; }
+    static uint32_t green(uint32_t w) { return (w >> greenShift()) & 255u; }
+    static uint32_t blue(uint32_t w) { return (w >> blueShift()) & 255u; }
+    // A stored pixel from channel values 0..255.
+    static uint32_t pack(uint32_t r, uint32_t g, uint32_t b) {
+        return fixedBits() | r << redShift() | g << greenShift() | b << blueShift();
+    }
+};
+
+// Channels of one pixel as plain integers, for arithmetic that must not wrap at 8 bits.
+struct Channels {
+    uint32_t r, g, b;
+};
+
+template <class F>
+inline Channels LoadChannels(const uint8_t* p) {
+    if constexpr (F::bytes == 4) {
+        const uint32_t w = Word<F>::load(p);
+        return Channels{Word<F>::red(w), Word<F>::green(w), Word<F>::blue(w)};
+    } else {
+        const RGB c = F::load(p);
+        return Channels{c.r, c.g, c.b};
+    }
+}
+
+// Stores channel values that are already within 0..255.
+template <class F>
+inline void StoreChannels(uint8_t* p, Channels c) {
+    if constexpr (F::bytes == 4) {
+        Word<F>::store(p, Word<F>::pack(c.r, c.g, c.b));
+    } else {
+        F::store(p, RGB{static_cast<uint8_t>(c.r), static_cast<uint8_t>(c.g), static_cast<uint8_t>(c.b)});
+    }
+}
+
+}  // namespace tone
