@@ -39,6 +39,9 @@ struct Code8 {
     static void store(uint8_t* p, RGB c) { p[0] = c.b; p[1] = c.g; p[2] = c.r; p[3] = 0; }
     // The stored byte is a 7-bit value: its low seven bits shifted up, bit 0 copied down.
     static uint8_t mask(const uint8_t* p) { return static_cast<uint8_t>((p[3] << 1) | (p[3] & 1)); }
+    // The inverse: keeps the value's top seven bits, so mask() reads back the nearest
+    // value it can represent (the value itself when its two low bits agree).
+    static void setMask(uint8_t* p, uint8_t m) { p[3] = static_cast<uint8_t>(m >> 1); }
 };
 
 // A host color argument, 0x00RRGGBB; the top byte is ignored.
