@@ -11,9 +11,9 @@
 // - A SampleCount beyond the block is cut to the samples the block holds.
 // - Column sums are kept in 64 bits: the same as 32-bit sums wherever those do not
 //   overflow, and still exact for columns of more than 65536 16-bit samples.
-// - Rows reached by a level are held to +-2^30 before conversion, so any level
-//   converts safely and outline coordinates never overflow; the visible pixels are
-//   the same as for the unlimited value.
+// - The row a level reaches is held to +-2^30 before it becomes an integer, so any
+//   level converts safely and outline coordinates never overflow; a level beyond
+//   that (only Smooth 0 on very large pictures comes near) ends its line there.
 #include <algorithm>
 #include <cstring>
 
@@ -279,7 +279,7 @@ REALpictureStruct* RenderSamples(REALmemoryBlockStruct* samples, int32_t sampleC
     if (autoScale) fullScale = 2.0 * peak;
 
     const double alpha = 2.0 / (static_cast<double>(smooth) + 1.0);
-    if (alpha > 0.0 && alpha <= 2.0) {  // excludes the infinite factor of Smooth -1
+    if (alpha > 0.0 && alpha <= 2.0) {  // 2 at most (Smooth 0); Smooth -1 gives infinity
         Smooth(levels.low, W, alpha);
         Smooth(levels.high, W, alpha);
     }

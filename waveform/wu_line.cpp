@@ -1,12 +1,14 @@
 // Xiaolin Wu's anti-aliased line over a 16-bit error accumulator, and the pixel
 // blend it draws with.
 //
-// The walk is done in 64-bit arithmetic. For end points whose differences fit in
-// 16 bits that is the 16-bit walk pixel for pixel; beyond that it is the same walk
-// without wrap-around. Rows (or columns) of the walk that lie outside the writer are
-// not stepped through one by one: the state of step k is k * adj, so the walk starts
-// at the first visible step and stops after the last one, and a line whose end points
-// lie far outside the picture costs no more than its visible part.
+// The walk is done in 64-bit arithmetic: for end points whose differences fit in 16
+// bits it is the 16-bit walk pixel for pixel. Longer lines (only levels far outside
+// the picture make them) walk with a 32-bit accumulator instead, whose step never
+// truncates to 0, so they still run toward their end point; their weights are its top
+// bits the same way. Rows (or columns) outside the writer are not stepped through one
+// by one: the state after step k is k * adj, so the walk starts at the first visible
+// step and stops after the last, and a line reaching far outside costs no more than
+// its visible part.
 #include "waveform/wu_line.h"
 
 #include <algorithm>
@@ -98,28 +100,24 @@ void WalkLine(const Canvas<F>& canvas, int64_t x0, int64_t y0, int64_t x1, int64
         return;
     }
 
-    // After step k the accumulator is (k * adj) mod 65536, and the minor coordinate has
-    // advanced once per wrap, floor(k * adj / 65536) times. adj is below 65536, and 0
-    // only for differences beyond 16 bits, where the walk then never advances.
-    if (dy > dx) {
-        const uint64_t adj = (static_cast<uint64_t>(dx) << 16) / static_cast<uint64_t>(dy);
-        const StepRange r = VisibleSteps(y0, 1, dy - 1, height);
-        for (int64_t k = r.first; k <= r.last; ++k) {
-            const uint64_t total = static_cast<uint64_t>(k) * adj;
-            const int64_t x = x0 + xdir * static_cast<int64_t>(total >> 16);
-            const int64_t w = static_cast<int64_t>((total & 0xFFFF) >> scale.shift);
-            canvas.plot(x, y0 + k, scale.base + w);
-            canvas.plot(x + xdir, y0 + k, scale.base + (w ^ scale.complementMask));
-        }
-    } else {
-        const uint64_t adj = (static_cast<uint64_t>(dy) << 16) / static_cast<uint64_t>(dx);
-        const StepRange r = VisibleSteps(x0, xdir, dx - 1, width);
-        for (int64_t k = r.first; k <= r.last; ++k) {
-            const uint64_t total = static_cast<uint64_t>(k) * adj;
-            const int64_t y = y0 + static_cast<int64_t>(total >> 16);
-            const int64_t w = static_cast<int64_t>((total & 0xFFFF) >> scale.shift);
-            canvas.plot(x0 + k * xdir, y, scale.base + w);
-            canvas.plot(x0 + k * xdir, y + 1, scale.base + (w ^ scale.complementMask));
+    // After step k the accumulator is (k * adj) mod 2^bits and the minor coordinate has
+    // advanced once per wrap, floor(k * adj / 2^bits) times. adj is below 2^bits.
+    const int fractionBits = std::max(dx, dy) <= 32767 ? 16 : 32;
+    const uint64_t fractionMask = (uint64_t(1) << fractionBits) - 1;
+    const int weightShift = fractionBits - 16 + scale.shift;
+    const bool steep = dy > dx;
+    const uint64_t adj = (static_cast<uint64_t>(steep ? dx : dy) << fractionBits) / static_cast<uint64_t>(steep ? dy : dx);
+    const StepRange r = steep ? VisibleSteps(y0, 1, dy - 1, height) : VisibleSteps(x0, xdir, dx - 1, width);
+    for (int64_t k = r.first; k <= r.last; ++k) {
+        const uint64_t total = static_cast<uint64_t>(k) * adj;
+        const int64_t minor = static_cast<int64_t>(total >> fractionBits);
+        const int64_t w = static_cast<int64_t>((total & fractionMask) >> weightShift);
+        if (steep) {
+            canvas.plot(x0 + xdir * minor, y0 + k, scale.base + w);
+            canvas.plot(x0 + xdir * minor + xdir, y0 + k, scale.base + (w ^ scale.complementMask));
+        } else {
+            canvas.plot(x0 + k * xdir, y0 + minor, scale.base + w);
+            canvas.plot(x0 + k * xdir, y0 + minor + 1, scale.base + (w ^ scale.complementMask));
         }
     }
     canvas.plot(x1, y1, scale.base);
