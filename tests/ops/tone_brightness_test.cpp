@@ -263,6 +263,13 @@ TEST_P(ToneBrightnessExamples, NonFiniteParameters) {
     EXPECT_EQ(steepest[128], 255);
 }
 
+// Big pictures are mapped with an extra table for two channels at once.
+TEST_P(ToneBrightnessExamples, LargePictureMatchesReference) {
+    Ref pic = randomPicture(521, 509, 99);
+    expectMatches(toneMethods()[7], pic.get(), {0.3, -0.6, 1.7, 20.5, -45, 300});
+    expectMatches(toneMethods()[1], pic.get(), {-20.5, 45, 300});
+}
+
 VQZ_READER_FORMATS(ToneBrightnessExamples);
 
 }  // namespace
