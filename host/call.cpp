@@ -391,6 +391,35 @@ std::vector<Callable> findByName(const std::string& where, const std::string& na
     return out;
 }
 
+std::optional<Callable> findForArguments(const std::string& where, const std::string& name,
+                                         const std::vector<Value>& args) {
+    std::optional<Callable> best;
+    int bestConversions = 0;
+    for (Callable& c : findByName(where, name)) {
+        const std::vector<Param>& params = c.declaration.params;
+        if (c.property || args.size() > params.size()) continue;
+        bool fits = true;
+        int conversions = 0;
+        for (size_t i = 0; fits && i < params.size(); ++i) {
+            if (i >= args.size()) {
+                fits = params[i].defaultText.has_value();
+                continue;
+            }
+            try {
+                convert(args[i], params[i].type, std::string());
+            } catch (const CallError&) {
+                fits = false;
+            }
+            if (args[i].type != params[i].type) ++conversions;
+        }
+        if (fits && (!best || conversions < bestConversions)) {
+            best = std::move(c);
+            bestConversions = conversions;
+        }
+    }
+    return best;
+}
+
 std::vector<std::pair<std::string, Callable>> allCallables() {
     std::vector<std::pair<std::string, Callable>> out;
     for (const Entry& e : entries())

@@ -72,6 +72,10 @@ struct Value {
 // The value of a parameter's default (nullopt when the parameter has none). A quoted
 // string default makes a new host string.
 std::optional<Value> defaultValue(const Param& p);
+// A value of type `t` written as in a declaration's default (also how a tool can read
+// arguments from text): "-3", "&hFF", "&c88B5C4", "2.5", "true", "nil", "\"text\"".
+// nullopt when the text is not a value of that type.
+std::optional<Value> valueFromText(TypeName t, const std::string& text);
 // "Integer 5", "Color &c88B5C4", "Picture 0x55d0... (refs 2)", "nil", for messages.
 std::string describe(const Value& v);
 
@@ -105,6 +109,11 @@ struct Callable {
 // or "" for global methods. By exact declaration text, or by name with overloads.
 std::optional<Callable> findByDeclaration(const std::string& where, const std::string& declaration);
 std::vector<Callable> findByName(const std::string& where, const std::string& name);
+// The overload of `name` that takes `args` (count within the declared and required
+// parameters, every argument convertible); one whose argument types all match exactly
+// wins over one that needs conversions, then the first registered.
+std::optional<Callable> findForArguments(const std::string& where, const std::string& name,
+                                         const std::vector<Value>& args);
 // Accessor properties (getter and setter functions, not direct access) are found as
 // "Name as Type" with the type as registered, e.g. "FactorRed as Double".
 // Every registered callable: where, and the callable.

@@ -115,13 +115,16 @@ bool allDigits(const std::string& s, size_t from, bool hex) {
     return true;
 }
 
+// A whole number that fits 32 bits (signed or unsigned).
 bool isDecimalInteger(const std::string& s) {
     size_t from = (!s.empty() && (s[0] == '-' || s[0] == '+')) ? 1 : 0;
-    return allDigits(s, from, false);
+    if (!allDigits(s, from, false) || s.size() - from > 10) return false;
+    long long v = std::strtoll(s.c_str(), nullptr, 10);
+    return v >= -2147483648ll && v <= 4294967295ll;
 }
 
-bool isHexLiteral(const std::string& s, char kind) {  // &h..., &c...
-    return s.size() > 2 && s[0] == '&' && std::tolower(static_cast<unsigned char>(s[1])) == kind &&
+bool isHexLiteral(const std::string& s, char kind) {  // &h..., &c..., at most 32 bits
+    return s.size() > 2 && s.size() <= 10 && s[0] == '&' && std::tolower(static_cast<unsigned char>(s[1])) == kind &&
            allDigits(s, 2, true);
 }
 
@@ -262,12 +265,12 @@ std::string formatDeclaration(const Declaration& d) {
     return o.str();
 }
 
-std::optional<Value> defaultValue(const Param& p) {
-    if (!p.defaultText || !validDefault(p.type, *p.defaultText)) return std::nullopt;
-    std::string text = trim(*p.defaultText);
-    switch (p.type) {
+std::optional<Value> valueFromText(TypeName t, const std::string& raw) {
+    if (!validDefault(t, raw)) return std::nullopt;
+    std::string text = trim(raw);
+    switch (t) {
         case TypeName::Integer:
-            return Value::integer(static_cast<int32_t>(integerOf(text)));
+            return Value::integer(static_cast<int32_t>(static_cast<uint32_t>(integerOf(text))));
         case TypeName::UInt32:
             return Value::uint32(static_cast<uint32_t>(integerOf(text)));
         case TypeName::Color:
@@ -283,8 +286,13 @@ std::optional<Value> defaultValue(const Param& p) {
             }
             return Value::object(TypeName::String, Ref());
         default:
-            return Value::object(p.type, Ref());
+            return Value::object(t, Ref());
     }
+}
+
+std::optional<Value> defaultValue(const Param& p) {
+    if (!p.defaultText) return std::nullopt;
+    return valueFromText(p.type, *p.defaultText);
 }
 
 std::string describe(const Value& v) {

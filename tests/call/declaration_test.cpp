@@ -287,6 +287,14 @@ TEST(DeclarationDefaults, ScalarValues) {
     EXPECT_EQ(value(9).i, 0);
 }
 
+TEST(DeclarationDefaults, IntegersWrapTo32Bits) {
+    EXPECT_EQ(standin::valueFromText(TypeName::Integer, "&hFFFFFFFF")->i, -1);
+    EXPECT_EQ(standin::valueFromText(TypeName::Integer, "-2147483648")->i, -2147483648ll);
+    EXPECT_EQ(standin::valueFromText(TypeName::UInt32, "4294967295")->i, 4294967295ll);
+    EXPECT_EQ(standin::valueFromText(TypeName::Boolean, "False")->i, 0);
+    EXPECT_FALSE(standin::valueFromText(TypeName::Boolean, "0"));
+}
+
 TEST(DeclarationDefaults, NilObjectsAndNone) {
     Declaration d = parsed("D(a as integer, p as picture = nil, m as MemoryBlock = NIL, o as Graphics = nil)");
     EXPECT_FALSE(standin::defaultValue(d.params[0]).has_value());
@@ -313,6 +321,14 @@ TEST(DeclarationDefaults, ValidityByType) {
     EXPECT_FALSE(standin::validDefault(TypeName::String, "text"));
     EXPECT_FALSE(standin::validDefault(TypeName::Picture, "\"text\""));
     EXPECT_TRUE(standin::validDefault(TypeName::Object, "Nil"));
+    // Whole numbers must fit 32 bits.
+    EXPECT_TRUE(standin::validDefault(TypeName::Integer, "-2147483648"));
+    EXPECT_TRUE(standin::validDefault(TypeName::UInt32, "4294967295"));
+    EXPECT_FALSE(standin::validDefault(TypeName::Integer, "4294967296"));
+    EXPECT_FALSE(standin::validDefault(TypeName::Integer, "-2147483649"));
+    EXPECT_FALSE(standin::validDefault(TypeName::Integer, "00000000000000000001"));
+    EXPECT_TRUE(standin::validDefault(TypeName::UInt32, "&hFFFFFFFF"));
+    EXPECT_FALSE(standin::validDefault(TypeName::UInt32, "&h1FFFFFFFF"));
 }
 
 }  // namespace

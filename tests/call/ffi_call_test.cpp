@@ -109,6 +109,9 @@ int32_t Defaults(int32_t a, uint32_t c, double d, int8_t b, REALpictureStruct* p
     return 1;
 }
 
+int32_t PickDouble(double) { return 1; }
+int32_t PickInteger(int32_t) { return 2; }
+
 REALobjectStruct* Echo(REALobjectStruct* o) {
     if (o) standin::retain(o);  // the result carries a reference for the caller
     return o;
@@ -141,6 +144,8 @@ REALmethodDefinition globalTable[] = {
      "nil, u as UInt32 = &hFFFFFFFF, s as string = \"hi\") as integer",
      0},
     {(REALproc)Echo, nullptr, "EchoVQZ(o as Graphics) as Graphics", 0},
+    {(REALproc)PickDouble, nullptr, "PickVQZ(v as double) as integer", 0},
+    {(REALproc)PickInteger, nullptr, "PickVQZ(v as integer) as integer", 0},
     {nullptr, nullptr, "NullFunctionVQZ as integer", 0},
     {(REALproc)Nothing, nullptr, "Broken(", 0},
 };
@@ -392,6 +397,38 @@ TEST_F(FfiCall, OverloadsByName) {
     EXPECT_TRUE(standin::findByName("", "NoSuchVQZ").empty());
     EXPECT_TRUE(standin::findByName("Picture", "MakeBlockVQZ").empty());  // globals only under ""
     EXPECT_EQ(standin::findByName("Picture", "TagVQZ").size(), 1u);
+}
+
+TEST_F(FfiCall, OverloadForArguments) {
+    auto pick = [](std::vector<Value> args) -> int64_t {
+        auto c = standin::findForArguments("", "PickVQZ", args);
+        if (!c) return 0;
+        return standin::call(*c, nullptr, args).i;
+    };
+    EXPECT_EQ(pick({Value::real(1)}), 1);
+    EXPECT_EQ(pick({Value::integer(1)}), 2);  // exact match wins over conversion to double
+    EXPECT_EQ(pick({Value::color(1)}), 1);    // both convert: the first registered
+    EXPECT_EQ(pick({Value::boolean(true)}), 0);
+    EXPECT_EQ(pick({}), 0);
+    EXPECT_EQ(pick({Value::integer(1), Value::integer(2)}), 0);
+
+    auto none = standin::findForArguments("", "MakeBlockVQZ", {});
+    ASSERT_TRUE(none);
+    EXPECT_TRUE(none->declaration.params.empty());
+    auto sized = standin::findForArguments("", "MakeBlockVQZ", {Value::integer(3)});
+    ASSERT_TRUE(sized);
+    EXPECT_EQ(sized->declaration.params.size(), 1u);
+    // Trailing parameters with defaults may be left out.
+    EXPECT_TRUE(standin::findForArguments("", "CounterVQZ", {Value::integer(3)}));
+}
+
+TEST_F(FfiCall, ValuesFromText) {
+    auto v = standin::valueFromText(TypeName::String, "\"a b\"");
+    ASSERT_TRUE(v);
+    EXPECT_EQ(standin::stringBytes(v->ref.get()), "a b");
+    EXPECT_EQ(standin::refCount(v->ref.get()), 1);
+    EXPECT_EQ(standin::valueFromText(TypeName::Color, "&cFF0000")->i, 0xFF0000);
+    EXPECT_FALSE(standin::valueFromText(TypeName::Integer, "1.5"));
 }
 
 TEST_F(FfiCall, LookupIsByExactText) {
