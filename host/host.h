@@ -189,6 +189,13 @@ struct PropValue {
     double d = 0;
     void* h = nullptr;  // for reads: a new reference the caller owns
 };
+// Plugin class properties go through the class's property records: direct access
+// reads/writes the field at instance data + param ("Integer" int32_t, "Double"
+// double, object types a handle: setting takes a reference to the new value and
+// drops the old one); accessors are called as T(REALobjectStruct*, intptr_t param)
+// and void(REALobjectStruct*, intptr_t param, T), an object getter handing over a
+// reference. Names are case-insensitive. Host objects answer "Width"/"Height"
+// (pictures), "Message" (exceptions), "ForeColor"/"PenWidth"/"PenHeight" (Graphics).
 bool getProperty(void* object, const std::string& name, PropValue& out);
 bool setProperty(void* object, const std::string& name, const PropValue& value);
 

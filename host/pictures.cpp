@@ -23,16 +23,6 @@ PictureState& state() {
     return *s;
 }
 
-PixelFormat gworldFormat(int depth) {
-    switch (depth) {
-        case 32: return PixelFormat::ARGB32;
-        case 24: return PixelFormat::RGB24;
-        case 16: return PixelFormat::XRGB555;
-        case 8: return PixelFormat::RGB332;
-        default: return PixelFormat::None;
-    }
-}
-
 // Row padding of 8 to 20 bytes that varies with the size, so that neither
 // width * bytes per pixel nor any fixed multiple of it is the row distance.
 int rowPadding(int width, int height, int depth) {
@@ -51,7 +41,7 @@ void fillWhiteRow(uint8_t* row, int width, PixelFormat format) {
 }
 
 Picture* makeGWorld(int width, int height, int depth) {
-    PixelFormat format = gworldFormat(depth);
+    PixelFormat format = formatOfDepth(depth);
     if (format == PixelFormat::None || width < 1 || height < 1 || width > kMaxSide ||
         height > kMaxSide)
         return nullptr;

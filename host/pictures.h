@@ -20,6 +20,7 @@ enum class PixelFormat {
     None,     // vector pictures
 };
 int formatBytes(PixelFormat format);
+PixelFormat formatOfDepth(int depth);  // GWorld depths 32, 24, 16, 8; None otherwise
 uint32_t loadRGB(const uint8_t* pixel, PixelFormat format);
 // Stores a color as the host paints it: 32-bit pixels get kNewPictureMaskByte.
 void paintRGB(uint8_t* pixel, PixelFormat format, uint32_t rgb);

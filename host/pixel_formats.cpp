@@ -17,6 +17,16 @@ int formatBytes(PixelFormat format) {
     return 0;
 }
 
+PixelFormat formatOfDepth(int depth) {
+    switch (depth) {
+        case 32: return PixelFormat::ARGB32;
+        case 24: return PixelFormat::RGB24;
+        case 16: return PixelFormat::XRGB555;
+        case 8: return PixelFormat::RGB332;
+        default: return PixelFormat::None;
+    }
+}
+
 namespace {
 uint32_t rgb(uint32_t r, uint32_t g, uint32_t b) { return (r << 16) | (g << 8) | b; }
 uint32_t expand5(uint32_t v) { return (v << 3) | (v >> 2); }

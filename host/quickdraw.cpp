@@ -68,16 +68,6 @@ void registerPort(GWorld* g) {
     state().pixMaps[g->pixMapHandle()] = g;
 }
 
-PixelFormat formatOfDepth(int depth) {
-    switch (depth) {
-        case 32: return PixelFormat::ARGB32;
-        case 24: return PixelFormat::RGB24;
-        case 16: return PixelFormat::XRGB555;
-        case 8: return PixelFormat::RGB332;
-        default: return PixelFormat::None;
-    }
-}
-
 }  // namespace
 
 void addGWorld(GWorld* g) { registerPort(g); }
