@@ -33,7 +33,7 @@ struct Registry {
     std::vector<std::string> errors;
     FaultState faults[kFaultKinds];
     uint64_t nextSerial = 1;
-    bool frameworkEnvSaved = false;
+    bool frameworkEnvOverridden = false;
     bool frameworkEnvHad = false;
     std::string frameworkEnv;
 };
@@ -58,20 +58,21 @@ void bury(std::unique_ptr<Object> object) {
     }
 }
 
+// A host without the QuickDraw library points the plugin's frameworks folder
+// at nothing; the next reset puts back what was there before.
 void applyFrameworkSetting(const HostConfig& config) {
     Registry& r = reg();
-    if (!r.frameworkEnvSaved) {
-        const char* value = std::getenv("VQZ_FRAMEWORKS_DIR");
-        r.frameworkEnvHad = value != nullptr;
-        if (value) r.frameworkEnv = value;
-        r.frameworkEnvSaved = true;
+    if (r.frameworkEnvOverridden) {
+        if (r.frameworkEnvHad) setenv("VQZ_FRAMEWORKS_DIR", r.frameworkEnv.c_str(), 1);
+        else unsetenv("VQZ_FRAMEWORKS_DIR");
+        r.frameworkEnvOverridden = false;
     }
     if (config.frameworkMissing) {
+        const char* value = std::getenv("VQZ_FRAMEWORKS_DIR");
+        r.frameworkEnvHad = value != nullptr;
+        r.frameworkEnv = value ? value : "";
         setenv("VQZ_FRAMEWORKS_DIR", "/nonexistent/vqz-standin-frameworks", 1);
-    } else if (r.frameworkEnvHad) {
-        setenv("VQZ_FRAMEWORKS_DIR", r.frameworkEnv.c_str(), 1);
-    } else {
-        unsetenv("VQZ_FRAMEWORKS_DIR");
+        r.frameworkEnvOverridden = true;
     }
 }
 

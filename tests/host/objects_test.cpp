@@ -1,5 +1,7 @@
 // Reference counting, the ledger, misuse detection, MemoryBlocks and faults.
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "tests/host/host_fixture.h"
 
@@ -112,6 +114,20 @@ TEST_F(ObjectsTest, ResetClearsRegistrationAndCounters) {
     EXPECT_TRUE(registeredGlobalMethods().empty());
     EXPECT_EQ(occurrences(Fault::PictureCreation), 0);
     EXPECT_EQ(config().kind, AppKind::Console);
+}
+
+TEST_F(ObjectsTest, MissingFrameworkPointsThePluginNowhere) {
+    const char* before = std::getenv("VQZ_FRAMEWORKS_DIR");
+    std::string saved = before ? before : "";
+    HostConfig c = hostConfig(AppKind::Desktop);
+    c.frameworkMissing = true;
+    useHost(c);
+    const char* missing = std::getenv("VQZ_FRAMEWORKS_DIR");
+    ASSERT_NE(missing, nullptr);
+    EXPECT_NE(std::string(missing), saved);
+    useHost(hostConfig(AppKind::Desktop));
+    const char* after = std::getenv("VQZ_FRAMEWORKS_DIR");
+    EXPECT_EQ(after ? std::string(after) : std::string(), saved);
 }
 
 }  // namespace
