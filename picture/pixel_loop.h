@@ -53,26 +53,20 @@ inline PixelSpan ClipRectangle(int32_t left, int32_t top, int32_t width, int32_t
 inline PixelSpan WholePicture(int32_t W, int32_t H) { return PixelSpan{0, 0, W, H}; }
 
 // Maps each pixel of `span` from the reader into the same place of the writer:
-// map(RGB) -> RGB. Rows above the span are passed over, pixels outside it are not
-// written. The span must lie inside both pictures.
+// map(RGB) -> RGB. Pixels outside the span are not written. The span must lie inside
+// both pictures.
 template <class Map>
 void MapPixels(PictureReader& reader, PictureWriter& writer, PixelSpan span, Map map) {
+    // An empty span writes nothing, and passing over rows changes nothing either.
+    if (span.empty()) return;
     DispatchFormats(reader.pixelType, writer.pixelType, [&](auto in, auto out) {
         using In = decltype(in);
         using Out = decltype(out);
-        for (int32_t y = 0; y < span.y0; ++y) {
-            reader.AddPixelRow();
-            writer.AddPixelRow();
-        }
+        const int32_t count = span.x1 - span.x0;
         for (int32_t y = span.y0; y < span.y1; ++y) {
-            if (span.x0 < span.x1) {
-                const uint8_t* source = reader.row + static_cast<ptrdiff_t>(span.x0) * In::bytes;
-                uint8_t* target = writer.row + static_cast<ptrdiff_t>(span.x0) * Out::bytes;
-                const int32_t count = span.x1 - span.x0;
-                for (int32_t i = 0; i < count; ++i) Out::store(target + i * Out::bytes, map(In::load(source + i * In::bytes)));
-            }
-            reader.AddPixelRow();
-            writer.AddPixelRow();
+            const uint8_t* source = reader.GetRow(y) + static_cast<ptrdiff_t>(span.x0) * In::bytes;
+            uint8_t* target = writer.GetRow(y) + static_cast<ptrdiff_t>(span.x0) * Out::bytes;
+            for (int32_t i = 0; i < count; ++i) Out::store(target + i * Out::bytes, map(In::load(source + i * In::bytes)));
         }
     });
 }
