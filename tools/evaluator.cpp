@@ -112,21 +112,20 @@ std::vector<std::string> callableNames() {
 
 std::vector<std::string> nearestNames(const std::string& name, const std::vector<std::string>& names) {
     std::string l = lower(name);
+    size_t limit = std::max<size_t>(3, l.size() / 3);
     std::vector<std::pair<size_t, std::string>> scored;
     for (const std::string& n : names) {
         std::string ln = lower(n);
         size_t d = editDistance(l, ln);
-        // A name that contains what was typed (or the reverse) is close too.
-        if (l.size() >= 3 && (ln.find(l) != std::string::npos || l.find(ln) != std::string::npos))
-            d = std::min(d, size_t(2));
-        scored.emplace_back(d, n);
+        // A name that contains what was typed (or the reverse) is a candidate too.
+        bool part = l.size() >= 3 && (ln.find(l) != std::string::npos || l.find(ln) != std::string::npos);
+        if (d <= limit || part) scored.emplace_back(d, n);
     }
     std::stable_sort(scored.begin(), scored.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
-    size_t limit = std::max<size_t>(3, l.size() / 3);
     std::vector<std::string> out;
     for (const auto& [d, n] : scored)
-        if (d <= limit && out.size() < 4) out.push_back(n);
+        if (out.size() < 4) out.push_back(n);
     return out;
 }
 

@@ -245,7 +245,13 @@ public:
             Clock::time_point start = Clock::now();
             picture = runCalls(session_, evaluator_, picture, calls, &printed);
             millis = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-            for (const std::string& line : printed) note += (note.empty() ? "" : "; ") + line;
+            for (std::string line : printed) {
+                // "CALL = VALUE" reads better on a tile as "returned VALUE".
+                for (const CallExpression& call : calls)
+                    if (line.compare(0, call.text.size() + 3, call.text + " = ") == 0)
+                        line = "returned " + line.substr(call.text.size() + 3);
+                note += (note.empty() ? "" : "; ") + line;
+            }
             return picture;
         });
     }
@@ -293,8 +299,11 @@ GalleryRun writeGallery(Session& session, const Image& source, const std::string
 
     // Every registered method that makes (or changes) a picture, in table order.
     std::set<std::string> done;
-    for (const auto& [where, c] : standin::allCallables()) {
-        if (!where.empty() && where != "Picture") continue;
+    std::vector<std::pair<std::string, Callable>> callables;
+    for (const char* kind : {"Picture", ""})
+        for (auto& [where, c] : standin::allCallables())
+            if (where == kind) callables.emplace_back(where, c);
+    for (const auto& [where, c] : callables) {
         std::string key = lower(c.declaration.name) + "/" + std::to_string(c.declaration.params.size());
         if (!done.insert(key).second) continue;
         bool chosen = false, skip = false;
@@ -312,6 +321,12 @@ GalleryRun writeGallery(Session& session, const Image& source, const std::string
         if (!chosen && !skip && c.declaration.result == TypeName::Picture)
             gallery.callTile((where.empty() ? "" : "Picture.") + c.declarationText, {genericCall(c)});
     }
+
+    // The declaration of a global method, for a tile's title.
+    auto declarationOf = [&](const char* name) {
+        std::vector<Callable> found = session.named("", name);
+        return found.empty() ? std::string(name) : found.front().declarationText;
+    };
 
     // The two filter classes.
     std::string flags = gallery.flags();
@@ -358,9 +373,10 @@ GalleryRun writeGallery(Session& session, const Image& source, const std::string
             settings.colors = std::array<uint32_t, 3>{{0x1E2430, 0xE0A040, 0xFFFFFF}};
             options += " --outline 3 --smooth 6 --colors '&c1E2430,&cE0A040,&cFFFFFF'";
         }
-        gallery.tile(variant ? "RenderSamplesVQZ, thick outline, smoothed" : "RenderSamplesVQZ", stem,
+        gallery.tile(declarationOf("RenderSamplesVQZ"), stem,
                      "vqz" + flags + " waveform tone.wav " + stem + ".png" + options,
-                     [&](double& millis, std::string&) {
+                     [&](double& millis, std::string& note) {
+                         if (variant) note = "thick outline, smoothed";
                          SampleBlock samples = readAudio(joinPath(dir, "tone.wav"));
                          Clock::time_point start = Clock::now();
                          Ref out = renderWaveform(session, samples, settings);
@@ -372,7 +388,8 @@ GalleryRun writeGallery(Session& session, const Image& source, const std::string
     // The binary string round trip.
     {
         std::string stem = fileStem(gallery.tiles.size() + 1, "BinaryString");
-        gallery.tile("PicturetoBinaryStringVQZ, then BinaryStringtoPictureVQZ", stem,
+        gallery.tile(declarationOf("PicturetoBinaryStringVQZ") + ", then " + declarationOf("BinaryStringtoPictureVQZ"),
+                     stem,
                      "vqz" + flags + " encode source.png source.ppic && vqz" + flags + " decode source.ppic " + stem +
                          ".png",
                      [&](double& millis, std::string& note) {
