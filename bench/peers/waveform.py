@@ -48,9 +48,11 @@ def best_of(command):
 
 def ours(samples, out_json):
     env = dict(os.environ, VQZ_WAVEFORM_SAMPLES=samples)
-    subprocess.run([BENCH, f"--benchmark_filter=^{OURS}$", f"--benchmark_out={out_json}",
-                    "--benchmark_out_format=json", "--benchmark_repetitions=3"],
-                   env=env, check=True, stdout=subprocess.DEVNULL)
+    run = subprocess.run([BENCH, f"--benchmark_filter=^{OURS}(/|$)", f"--benchmark_out={out_json}",
+                          "--benchmark_out_format=json", "--benchmark_repetitions=3"],
+                         env=env, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+    if run.returncode != 0:
+        sys.exit(f"{BENCH} failed:\n{run.stderr}")
     with open(out_json) as f:
         runs = json.load(f)["benchmarks"]
     times = [r["real_time"] * {"ms": 1e-3, "us": 1e-6, "ns": 1e-9, "s": 1.0}[r["time_unit"]]
