@@ -223,7 +223,7 @@ public:
             t.image = stem + ".png";
             t.thumb = "thumbs/" + stem + ".png";
             writeImage(joinPath(dir_, t.image), image);
-            writeImage(joinPath(dir_, t.thumb), thumbnail(image, 280));
+            writeImage(joinPath(dir_, t.thumb), thumbnail(image, 360));
         } catch (const ToolError& e) {
             t.image.clear();
             t.thumb.clear();
@@ -277,7 +277,7 @@ GalleryRun writeGallery(Session& session, const Image& source, const std::string
     makeDirectories(joinPath(dir, "thumbs"));
     // The inputs the calls name, written beside the page.
     writeImage(joinPath(dir, "source.png"), source);
-    writeImage(joinPath(dir, "thumbs/source.png"), thumbnail(source, 280));
+    writeImage(joinPath(dir, "thumbs/source.png"), thumbnail(source, 360));
     writeImage(joinPath(dir, "mirror.png"), mirrored(source));
     writeImage(joinPath(dir, "gradient.png"), gradient(source.width, source.height));
     std::vector<unsigned char> curve[3];
@@ -298,11 +298,15 @@ GalleryRun writeGallery(Session& session, const Image& source, const std::string
     Context ctx{source.width, source.height, mostCommonColor(source)};
 
     // Every registered method that makes (or changes) a picture, in table order.
+    // Methods that return a picture first (Picture methods, then global ones),
+    // then those that change the picture in place.
     std::set<std::string> done;
     std::vector<std::pair<std::string, Callable>> callables;
-    for (const char* kind : {"Picture", ""})
-        for (auto& [where, c] : standin::allCallables())
-            if (where == kind) callables.emplace_back(where, c);
+    for (bool returnsPicture : {true, false})
+        for (const char* kind : {"Picture", ""})
+            for (auto& [where, c] : standin::allCallables())
+                if (where == kind && (c.declaration.result == TypeName::Picture) == returnsPicture)
+                    callables.emplace_back(where, c);
     for (const auto& [where, c] : callables) {
         std::string key = lower(c.declaration.name) + "/" + std::to_string(c.declaration.params.size());
         if (!done.insert(key).second) continue;

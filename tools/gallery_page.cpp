@@ -39,7 +39,7 @@ const char* const kStyle = R"(
   h1 { margin: 0 0 6px; font-size: 26px; }
   header p { margin: 4px 0; max-width: 70em; }
   .credit { color: #5a6572; font-size: 13px; }
-  main { display: grid; grid-template-columns: repeat(auto-fill, minmax(300px, 1fr)); gap: 18px; padding: 16px 32px 40px; }
+  main { display: grid; grid-template-columns: repeat(auto-fill, minmax(240px, 1fr)); gap: 18px; padding: 16px 32px 40px; }
   figure { margin: 0; background: #fff; border-radius: 8px; box-shadow: 0 1px 3px rgba(0,0,0,.12); overflow: hidden; display: flex; flex-direction: column; }
   figure a { display: block; background: repeating-conic-gradient(#f4f5f7 0 25%, #e3e6ea 0 50%) 50% / 16px 16px; text-align: center; }
   figure img { display: block; width: 100%; height: auto; }
