@@ -98,7 +98,7 @@ void registerAll() {
         benchmark::RegisterBenchmark(p.name.c_str(), [body, pixels](benchmark::State& state) {
             body(state);
             state.counters["Mpix/s"] = benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
-        })->Unit(benchmark::kMillisecond)->MinTime(0.3);
+        })->Unit(benchmark::kMillisecond)->MinTime(0.5);
     }
 }
 

@@ -8,6 +8,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the 32-bit views below assume x86 byte order");
 
 enum : int32_t { kPixelType32ARGB = 13, kPixelType24RGB = 12, kPixelType32BGRA = 8 };
 
@@ -35,8 +38,17 @@ struct Code12 {
 struct Code8 {
     static constexpr int32_t code = kPixelType32BGRA;
     static constexpr int bytes = 4;
-    static RGB load(const uint8_t* p) { return RGB{p[2], p[1], p[0]}; }
-    static void store(uint8_t* p, RGB c) { p[0] = c.b; p[1] = c.g; p[2] = c.r; p[3] = 0; }
+    // Through the 32-bit view 0xMMRRGGBB: byte by byte, the reversed channel order
+    // costs the vectorized loops a shuffle per pixel.
+    static RGB load(const uint8_t* p) {
+        uint32_t w;
+        memcpy(&w, p, 4);
+        return RGB{static_cast<uint8_t>(w >> 16), static_cast<uint8_t>(w >> 8), static_cast<uint8_t>(w)};
+    }
+    static void store(uint8_t* p, RGB c) {
+        const uint32_t w = uint32_t(c.r) << 16 | uint32_t(c.g) << 8 | uint32_t(c.b);
+        memcpy(p, &w, 4);
+    }
     // The stored byte is a 7-bit value: its low seven bits shifted up, bit 0 copied down.
     static uint8_t mask(const uint8_t* p) { return static_cast<uint8_t>((p[3] << 1) | (p[3] & 1)); }
     // The inverse: keeps the value's top seven bits, so mask() reads back the nearest

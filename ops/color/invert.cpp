@@ -33,14 +33,14 @@ static RGB InvertGray(RGB c) {
 }
 
 REALpictureStruct* InvertPicture(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width, int32_t height) {
-    return InvertRectangle(picture, ClipInvert, left, top, width, height, Invert);
+    return InvertRectangle(picture, ClipInvert, left, top, width, height, [](RGB c) { return Invert(c); });
 }
 
 REALpictureStruct* InvertPicture2(REALpictureStruct* picture) { return InvertPicture(picture, 0, 0, -1, -1); }
 
 REALpictureStruct* InvertGrayPicture(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width,
                                      int32_t height) {
-    return InvertRectangle(picture, ClipRectangle, left, top, width, height, InvertGray);
+    return InvertRectangle(picture, ClipRectangle, left, top, width, height, [](RGB c) { return InvertGray(c); });
 }
 
 REALpictureStruct* InvertGrayPicture2(REALpictureStruct* picture) { return InvertGrayPicture(picture, 0, 0, -1, -1); }
