@@ -54,14 +54,6 @@ void FillTable(uint8_t* table, Transfer transfer, Channel channel) {
 
 // ---------------------------------------------------------------- the pixel pass
 
-// The look-ups below are scalar loads; vectorized, they become emulated gathers that
-// run at half the speed, so the row loops stay scalar.
-#if defined(__GNUC__) && !defined(__clang__)
-#define TONE_SCALAR_LOOP __attribute__((optimize("no-tree-vectorize")))
-#else
-#define TONE_SCALAR_LOOP
-#endif
-
 // Output words for each channel value, the channel already at its place in the word.
 struct WordTables {
     uint32_t red[256], green[256], blue[256];

@@ -9,6 +9,14 @@
 
 #include "picture/pixel_formats.h"
 
+// For row loops made of table look-ups: vectorized, the look-ups become emulated
+// gathers that run at half the speed of plain loads, so such loops stay scalar.
+#if defined(__GNUC__) && !defined(__clang__)
+#define TONE_SCALAR_LOOP __attribute__((optimize("no-tree-vectorize")))
+#else
+#define TONE_SCALAR_LOOP
+#endif
+
 namespace tone {
 
 // The word that F::store writes for a color (mask byte included).

@@ -33,17 +33,16 @@ void FillSaturationTable(SaturationTable& t, int32_t amount) {
 }
 
 template <class In, class Out>
-void SaturateRows(PictureReader& reader, PictureWriter& writer, const SaturationTable& t) {
+TONE_SCALAR_LOOP void SaturateRows(PictureReader& reader, PictureWriter& writer, const SaturationTable& t) {
     const int32_t width = reader.width;
     const int32_t height = reader.height;
     for (int32_t y = 0; y < height; ++y) {
         const uint8_t* source = reader.row;
         uint8_t* target = writer.row;
         for (int32_t x = 0; x < width; ++x) {
-            const tone::Channels c = tone::LoadChannels<In>(source + ptrdiff_t(x) * In::bytes);
+            const RGB c = In::load(source + ptrdiff_t(x) * In::bytes);
             const uint8_t* answers = t.byGrayAndValue[(c.r + 2 * c.g + c.b) >> 2];
-            tone::StoreChannels<Out>(target + ptrdiff_t(x) * Out::bytes,
-                                     tone::Channels{answers[c.r], answers[c.g], answers[c.b]});
+            Out::store(target + ptrdiff_t(x) * Out::bytes, RGB{answers[c.r], answers[c.g], answers[c.b]});
         }
         writer.AddPixelRow();
         reader.AddPixelRow();
@@ -56,23 +55,37 @@ void SaturateRows(PictureReader& reader, PictureWriter& writer, const Saturation
 // from red or from blue by more than the threshold. Differences lie within -255..255,
 // so any threshold of 255 or more counts nothing and any negative one counts every
 // pixel that is not dark; clamping it to -1..255 keeps the answer and keeps -t in range.
-int32_t ClampThreshold(int32_t threshold) { return threshold < -1 ? -1 : threshold > 255 ? 255 : threshold; }
+//
+// Both conditions split into the pairs (green, red) and (green, blue): a table over
+// (green, other) holds bit 0 when the two differ by more than the threshold and bit 1
+// when either is 30 or more. A pixel counts exactly when the two entries or'ed give 3.
+struct ColorTable {
+    uint8_t byGreenAndOther[256][256];
+};
 
-inline uint32_t Colored(tone::Channels c, int32_t t) {
-    const int32_t gr = int32_t(c.g) - int32_t(c.r);
-    const int32_t gb = int32_t(c.g) - int32_t(c.b);
-    const bool dark = (c.r < 30) & (c.g < 30) & (c.b < 30);
-    const bool colored = (gr > t) | (gb > t) | (gr < -t) | (gb < -t);
-    return uint32_t(colored & !dark);
+void FillColorTable(ColorTable& table, int32_t threshold) {
+    const int32_t t = threshold < -1 ? -1 : threshold > 255 ? 255 : threshold;
+    for (int32_t green = 0; green < 256; ++green) {
+        for (int32_t other = 0; other < 256; ++other) {
+            const int32_t difference = green - other;
+            const bool apart = difference > t || difference < -t;
+            const bool bright = green >= 30 || other >= 30;
+            table.byGreenAndOther[green][other] = static_cast<uint8_t>(uint32_t(apart) | uint32_t(bright) << 1);
+        }
+    }
 }
 
 template <class In>
-uint64_t CountColored(PictureReader& reader, int32_t t) {
+TONE_SCALAR_LOOP uint64_t CountColored(PictureReader& reader, const ColorTable& table) {
     uint64_t count = 0;
     for (int32_t y = 0; y < reader.height; ++y) {
         const uint8_t* row = reader.GetRow(y);
         uint32_t inRow = 0;
-        for (int32_t x = 0; x < reader.width; ++x) inRow += Colored(tone::LoadChannels<In>(row + ptrdiff_t(x) * In::bytes), t);
+        for (int32_t x = 0; x < reader.width; ++x) {
+            const RGB c = In::load(row + ptrdiff_t(x) * In::bytes);
+            const uint8_t* withGreen = table.byGreenAndOther[c.g];
+            inRow += uint32_t((withGreen[c.r] | withGreen[c.b]) == 3);
+        }
         count += inRow;
     }
     return count;
@@ -102,9 +115,10 @@ double ColornessVQZ(REALpictureStruct* picture, int32_t threshold) {
     if (!reader.GetPictureReader(picture)) return 0.0;
     const int64_t pixels = int64_t(reader.width) * int64_t(reader.height);
     if (reader.width <= 0 || reader.height <= 0) return 0.0;
-    const int32_t t = ClampThreshold(threshold);
+    ColorTable table;
+    FillColorTable(table, threshold);
     uint64_t count = 0;
-    DispatchFormat(reader.pixelType, [&](auto in) { count = CountColored<decltype(in)>(reader, t); });
+    DispatchFormat(reader.pixelType, [&](auto in) { count = CountColored<decltype(in)>(reader, table); });
     reader.clear();
     return double(count) / double(pixels);
 }
