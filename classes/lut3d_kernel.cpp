@@ -2,6 +2,11 @@
 // results of SumXYZ.
 #include <cstring>
 
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#endif
+
+#include "classes/byte_layout.h"
 #include "classes/lut3d.h"
 #include "picture/pixel_loop.h"
 #include "plugin/errors.h"
@@ -94,9 +99,11 @@ namespace portable {
 #if defined(__x86_64__) || defined(__i386__)
 #pragma GCC push_options
 #pragma GCC target("avx2")
+#define VQZ_LUT_WIDE 1
 namespace wide {
 #include "classes/lut3d_rows.inc"
 }  // namespace wide
+#undef VQZ_LUT_WIDE
 #pragma GCC pop_options
 #define VQZ_HAVE_WIDE_LUT 1
 #endif
