@@ -50,7 +50,7 @@ def ours(raw_path, out_json):
     env = dict(os.environ, VQZ_SEARCH_RECEIVER=raw_path)
     subprocess.run([BENCH, f"--benchmark_filter={pattern}", f"--benchmark_out={out_json}",
                     "--benchmark_out_format=json", "--benchmark_repetitions=3"],
-                   env=env, check=True, stdout=subprocess.DEVNULL)
+                   env=env, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     with open(out_json) as f:
         runs = json.load(f)["benchmarks"]
     best = {}

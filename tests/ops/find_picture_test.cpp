@@ -133,21 +133,44 @@ TEST_P(FindPictureTest, MaskBytesDoNotCountButChannelsDo) {
 TEST_P(FindPictureTest, PartialMatchDoesNotHideLaterCopies) {
     // The sought picture is a block of one color whose last pixel differs; the
     // receiver is full of near copies, with true copies placed one at a time.
-    const uint32_t ground = rgbOf(10, 200, 30), odd = rgbOf(11, 200, 30);
+    const uint32_t ground = kPalette[3], odd = kPalette[5];
     const int W = 40, H = 30, w = 6, h = 5;
-    Ref sought = picture(w, h);
-    fillColor(sought.get(), format().code() == 0 ? 0x00FF00 : ground);
-    const uint32_t groundColor = standin::getRGB(sought.get(), 0, 0);
-    standin::setRGB(sought.get(), w - 1, h - 1, format().code() == 0 ? 0xFFFF00 : odd);
-    const uint32_t oddColor = standin::getRGB(sought.get(), w - 1, h - 1);
-    ASSERT_NE(groundColor, oddColor);
     const int places[][2] = {{0, 0}, {1, 0}, {5, 0}, {W - w, 0}, {0, 1}, {17, 20}, {W - w, H - h}};
-    for (const auto& place : places) {
-        Ref receiver = picture(W, H);
-        fillColor(receiver.get(), groundColor);
-        expectFound(receiver.get(), sought.get(), {false, 0, 0});
-        standin::setRGB(receiver.get(), place[0] + w - 1, place[1] + h - 1, oddColor);
-        expectFound(receiver.get(), sought.get(), {true, place[0], place[1]});
+    for (const HostFormat& f : siblingFormats()) {
+        Ref sought = makePicture(f, w, h);
+        fillColor(sought.get(), ground);
+        standin::setRGB(sought.get(), w - 1, h - 1, odd);
+        for (const auto& place : places) {
+            SCOPED_TRACE(::testing::Message() << f.name << " at " << place[0] << "," << place[1]);
+            Ref receiver = picture(W, H);
+            fillColor(receiver.get(), ground);
+            expectFound(receiver.get(), sought.get(), {false, 0, 0});
+            standin::setRGB(receiver.get(), place[0] + w - 1, place[1] + h - 1, odd);
+            expectFound(receiver.get(), sought.get(), {true, place[0], place[1]});
+        }
+    }
+}
+
+TEST_P(FindPictureTest, MatchesBruteForceOnNearlyFlatPictures) {
+    // Long runs of one color make comparing position by position expensive.
+    std::mt19937 random(3 + unsigned(format().depth) * 11 + unsigned(format().kind));
+    auto nearlyFlat = [&](const HostFormat& f, int w, int h) {
+        Ref pic = makePicture(f, w, h);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x) standin::setRGB(pic.get(), x, y, random() % 40 ? kPalette[2] : kPalette[random() % 8]);
+        return pic;
+    };
+    for (int round = 0; round < 8; ++round) {
+        const int W = 30 + int(random() % 30), H = 20 + int(random() % 20);
+        Ref receiver = nearlyFlat(format(), W, H);
+        for (const HostFormat& f : siblingFormats()) {
+            const int w = 2 + int(random() % 9), h = 2 + int(random() % 9);
+            SCOPED_TRACE(::testing::Message() << "round " << round << ", " << w << "x" << h << " in " << f.name);
+            Ref sought = nearlyFlat(f, w, h);
+            expectReference(receiver.get(), sought.get());
+            Ref copy = cut(receiver.get(), f, int(random() % unsigned(W - w + 1)), int(random() % unsigned(H - h + 1)), w, h);
+            expectReference(receiver.get(), copy.get());
+        }
     }
 }
 

@@ -77,7 +77,9 @@ TEST_P(ScrollTest, WrapRotatesRowsAndColumns) {
             EXPECT_EQ(vertical(pic.get(), delta, true), inPlace());
             const std::vector<uint8_t> down = inPlace() ? RowsRotated(before, w, h, bpp, delta) : before;
             EXPECT_EQ(rawPixels(pic.get()), down);
-            if (inPlace()) EXPECT_GT(standin::clearCacheCount(pic.get()), cacheClears);
+            if (inPlace()) {
+                EXPECT_GT(standin::clearCacheCount(pic.get()), cacheClears);
+            }
 
             EXPECT_TRUE(horizontal(pic.get(), delta, true));
             EXPECT_EQ(rawPixels(pic.get()), inPlace() ? ColumnsRotated(down, w, h, bpp, delta) : before);
