@@ -14,10 +14,9 @@ namespace {
 // truncated toward zero and clamped, with f = Amount + 255. The result depends on
 // (g, x) alone, so a call computes all 256 x 256 answers once and maps through them.
 //
-// f and the product are formed in 64 bits. Where the 32-bit product of the original
-// arithmetic does not overflow this is the same result; for amounts beyond that
-// (|Amount| above about eleven million) the result is the true value, clamped, rather
-// than a wrapped one.
+// f and the product are formed in 64 bits. Wherever a 32-bit product would not
+// overflow this is the same result; for amounts beyond that (|Amount| above about
+// eleven million) the result is the true value, clamped, rather than a wrapped one.
 struct SaturationTable {
     uint8_t byGrayAndValue[256][256];
 };

@@ -1,5 +1,5 @@
 // Brightness, contrast and custom maps: every method against the plain per-pixel
-// reference on random pictures and parameters (special values included), the worked
+// reference on random pictures and parameters (corner values included), the worked
 // examples, and the failure paths.
 #include <cmath>
 #include <functional>
@@ -117,10 +117,10 @@ const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 // Parameters that hit the corners of the arithmetic, and plain random ones.
 double randomParameter(std::mt19937& random) {
-    static const double specials[] = {0,    -0.0, 1,    -1,    -2,     255,   -255,  300,   -300,  10.9,
+    static const double corners[] = {0,    -0.0, 1,    -1,    -2,     255,   -255,  300,   -300,  10.9,
                                       -0.5, 51,   -51,  1e10,  -1e10,  kInf,  -kInf, kNaN,  127.5, 0.999999};
     switch (random() % 4) {
-        case 0: return specials[random() % (sizeof specials / sizeof specials[0])];
+        case 0: return corners[random() % (sizeof corners / sizeof corners[0])];
         case 1: return std::uniform_real_distribution<double>(-3, 3)(random);
         default: return std::uniform_real_distribution<double>(-400, 400)(random);
     }

@@ -37,9 +37,9 @@ protected:
 
 TEST_P(ToneSaturationTest, SaturationMatchesReference) {
     std::mt19937 random(2000 + GetParam().depth + 10 * int(GetParam().kind));
-    const int32_t specials[] = {0, -255, 255, -100, 1, -1, -256, 510, 100000, -100000,
+    const int32_t corners[] = {0, -255, 255, -100, 1, -1, -256, 510, 100000, -100000,
                                 8421504, 11184810, 11184811, 20000000, INT32_MAX, INT32_MIN, INT32_MAX - 254};
-    std::vector<int32_t> amounts(std::begin(specials), std::end(specials));
+    std::vector<int32_t> amounts(std::begin(corners), std::end(corners));
     for (int i = 0; i < 8; ++i) amounts.push_back(int32_t(random() % 1401) - 700);
     for (int32_t amount : amounts) {
         SCOPED_TRACE(::testing::Message() << "Amount " << amount);
