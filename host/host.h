@@ -47,6 +47,8 @@ const HostConfig& config();
 void* resolve(const char* name);
 // Every lookup name the resolver knows (before config.hidden applies).
 std::vector<std::string> entryPointNames();
+// How often the resolver was asked for `name` since reset (hidden names included).
+int resolverAsks(const std::string& name);
 
 // Make the nth occurrence of a fault kind (counted from now) fail. n = 0 disarms it.
 void failNth(Fault kind, int n);

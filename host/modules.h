@@ -13,6 +13,7 @@ void resetGraphics();
 void resetStrings();
 void resetClasses();
 void resetQuickDraw();
+void resetResolverAsks();
 
 // Each adds its counts and one detail line per outstanding item.
 void ledgerPictures(Ledger& ledger);   // description locks

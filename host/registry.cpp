@@ -219,6 +219,7 @@ void reset(const HostConfig& newConfig) {
     resetStrings();
     resetClasses();
     resetQuickDraw();
+    resetResolverAsks();
 }
 
 Ledger ledger() {

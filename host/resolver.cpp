@@ -2,9 +2,12 @@
 // the plugin calls the entry point through; the cast refuses to compile when the
 // function does not have exactly that type.
 #include <cstring>
+#include <map>
+#include <string>
 
 #include "host/entry_points.h"
 #include "host/host.h"
+#include "host/modules.h"
 
 namespace standin {
 namespace {
@@ -65,8 +68,23 @@ const EntryPoint kEntryPoints[] = {
 
 }  // namespace
 
+namespace {
+std::map<std::string, int>& asks() {
+    static std::map<std::string, int> counts;
+    return counts;
+}
+}  // namespace
+
+int resolverAsks(const std::string& name) {
+    auto it = asks().find(name);
+    return it == asks().end() ? 0 : it->second;
+}
+
+void resetResolverAsks() { asks().clear(); }
+
 void* resolve(const char* name) {
     if (!name) return nullptr;
+    ++asks()[name];
     const HostConfig& c = config();
     if (c.hidden.count(name)) return nullptr;
     if (!c.hasVersion && std::strcmp(name, "REALGetRBVersion") == 0) return nullptr;
