@@ -171,7 +171,8 @@ std::string globalFlags(const GlobalOptions& o) {
     std::string flags;
     if (o.host != standin::AppKind::Desktop) flags += std::string(" --host ") + hostKindName(o.host);
     if (o.host == standin::AppKind::Desktop && o.depth != 32) flags += " --depth " + std::to_string(o.depth);
-    if (o.hostVersion != 2013.0) flags += " --host-version " + formatDouble(o.hostVersion);
+    if (!o.hostHasVersion) flags += " --host-version none";
+    else if (o.hostVersion != 2013.0) flags += " --host-version " + formatDouble(o.hostVersion);
     return flags;
 }
 
@@ -430,7 +431,8 @@ GalleryRun writeGallery(Session& session, const Image& source, const std::string
     page.sourceName = sourceName;
     page.sourceCredit = sourceCredit;
     const GlobalOptions& o = session.options();
-    page.hostText = std::string(hostKindName(o.host)) + " host, version " + formatDouble(o.hostVersion) +
+    page.hostText = std::string(hostKindName(o.host)) + " host, " +
+                    (o.hostHasVersion ? "version " + formatDouble(o.hostVersion) : std::string("no version")) +
                     (o.host == standin::AppKind::Desktop
                          ? ", input pictures are " + std::to_string(o.depth) + "-bit GWorlds"
                          : ", input pictures are bitmaps");

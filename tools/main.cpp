@@ -14,7 +14,8 @@ const char* const kGlobalHelp = R"(
 Global options (anywhere on the line):
   --host desktop|console|web   the kind of host application (default desktop)
   --depth 32|24|16|8           how a desktop host makes input pictures (default 32)
-  --host-version V             the version the host reports (default 2013.0)
+  --host-version V|none        the version the host reports (default 2013.0;
+                               none: a host without a version entry point)
   --plugin PATH                the plugin module to load (default: the one built with vqz)
   --quality N                  JPEG quality of written files (default 92)
   -q, --quiet                  no progress or notes

@@ -56,7 +56,9 @@ bool takeGlobalOption(const std::vector<std::string>& args, size_t& i, GlobalOpt
         return true;
     }
     if (name == "--host-version") {
-        globals.hostVersion = parseDoubleOption("--host-version", valueOf());
+        std::string v = valueOf();
+        globals.hostHasVersion = v != "none";
+        globals.hostVersion = v == "none" ? 0.0 : parseDoubleOption("--host-version", v);
         return true;
     }
     if (name == "--plugin") {

@@ -13,6 +13,7 @@ struct GlobalOptions {
     standin::AppKind host = standin::AppKind::Desktop;
     int depth = 32;               // how input pictures are made on a desktop host
     double hostVersion = 2013.0;  // what the host answers for its version
+    bool hostHasVersion = true;   // false: the host has no version entry point
     std::string pluginPath;       // empty: the module built beside the tool
     bool quiet = false;
     int jpegQuality = 92;

@@ -16,6 +16,7 @@ Session::Session(const GlobalOptions& options) : options_(options) {
     standin::HostConfig config;
     config.kind = options.host;
     config.version = options.hostVersion;
+    config.hasVersion = options.hostHasVersion;
     std::string path = options.pluginPath.empty() ? standin::LoadedPlugin::defaultModulePath() : options.pluginPath;
     if (!fileExists(path)) throw ToolError(path + ": the plugin module does not exist (build it, or pass --plugin PATH)");
     plugin_ = std::make_unique<standin::LoadedPlugin>(config, path);
