@@ -9,13 +9,12 @@
 #include "picture/editor.h"
 #include "picture/pixel_formats.h"
 
-// Tint: a brightness from one color's weights, colored by another color.
-struct TintFactors {
-    double wR, wG, wB;  // gray weights, channel / 255.0
-    double tR, tG, tB;  // tint factors, channel / 255.0
-};
-TintFactors MakeTintFactors(uint32_t greyBase, uint32_t sepiaBase);
-void TintPixels(PictureReader& reader, PictureWriter& writer, const TintFactors& factors);
+// Tint: a brightness from one color's weights, colored by another color. TintPixels
+// picks one of the two ways, which give the same bytes: plain doubles, or a table
+// indexed by an integer form of the brightness (false when there is no memory for it).
+void TintPixels(PictureReader& reader, PictureWriter& writer, uint32_t greyBase, uint32_t sepiaBase);
+void TintPixelsInDoubles(PictureReader& reader, PictureWriter& writer, uint32_t greyBase, uint32_t sepiaBase);
+bool TintPixelsThroughTable(PictureReader& reader, PictureWriter& writer, uint32_t greyBase, uint32_t sepiaBase);
 
 // Embedded masks: the mask byte of each pixel as a gray picture, and back.
 void MaskToGray(PictureReader& reader, PictureWriter& writer, bool swap);

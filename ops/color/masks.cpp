@@ -4,25 +4,26 @@
 #include <type_traits>
 
 #include "ops/color/color_kernels.h"
+#include "ops/color/color_rows.h"
 #include "picture/pixel_loop.h"
 #include "plugin/host_api.h"
 #include "plugin/operations.h"
 
 void MaskToGray(PictureReader& reader, PictureWriter& writer, bool swap) {
     const uint8_t flip = swap ? 255 : 0;
+    const int32_t width = reader.width;
     DispatchFormats(reader.pixelType, writer.pixelType, [&](auto in, auto out) {
         using In = decltype(in);
         using Out = decltype(out);
-        for (int32_t y = 0; y < reader.height; ++y) {
-            const uint8_t* source = reader.row;
-            uint8_t* target = writer.row;
-            for (int32_t x = 0; x < reader.width; ++x) {
+        WalkRows(reader, writer, [&](const uint8_t* source, uint8_t* target) {
+            for (int32_t x = 0; x < width; ++x) {
                 const uint8_t v = static_cast<uint8_t>(In::mask(source + static_cast<ptrdiff_t>(x) * In::bytes) ^ flip);
-                Out::store(target + static_cast<ptrdiff_t>(x) * Out::bytes, RGB{v, v, v});
+                if constexpr (Out::bytes == 4)
+                    tone::Word<Out>::store(target + static_cast<ptrdiff_t>(x) * 4, tone::Word<Out>::pack(v, v, v));
+                else
+                    Out::store(target + static_cast<ptrdiff_t>(x) * Out::bytes, RGB{v, v, v});
             }
-            reader.AddPixelRow();
-            writer.AddPixelRow();
-        }
+        });
     });
 }
 

@@ -1,17 +1,44 @@
 // Pixels of one exact color (the mask byte plays no part): repainted in a copy of
 // the picture, or picked out against a background.
 #include "ops/color/color_kernels.h"
-#include "picture/pixel_loop.h"
+#include "ops/color/color_rows.h"
 #include "plugin/operations.h"
 
+// When reader and writer share a 4-byte format, each color is made into the writer's
+// finished pixel word once, so that matching is one compare and writing one store.
 void ReplaceMatchingPixels(PictureReader& reader, PictureWriter& writer, RGB search, RGB replacement) {
-    MapPixels(reader, writer, WholePicture(reader.width, reader.height),
-              [&](RGB c) { return SameRGB(c, search) ? replacement : c; });
+    DispatchFormats(reader.pixelType, writer.pixelType, [&](auto in, auto out) {
+        using In = decltype(in);
+        using Out = decltype(out);
+        if constexpr (kSameWordFormat<In, Out>) {
+            using W = tone::Word<Out>;
+            const uint32_t colorBits = W::colorBits(), fixedBits = W::fixedBits();
+            const uint32_t searchWord = tone::StoredWord<Out>(search) & colorBits;
+            const uint32_t replacementWord = tone::StoredWord<Out>(replacement);
+            MapWords<Out>(reader, writer, [&](uint32_t w) {
+                return (w & colorBits) == searchWord ? replacementWord : (w & colorBits) | fixedBits;
+            });
+        } else {
+            MapColors<In, Out>(reader, writer, [&](RGB c) { return SameRGB(c, search) ? replacement : c; });
+        }
+    });
 }
 
 void ExtractMatchingPixels(PictureReader& reader, PictureWriter& writer, RGB search, RGB replacement, RGB background) {
-    MapPixels(reader, writer, WholePicture(reader.width, reader.height),
-              [&](RGB c) { return SameRGB(c, search) ? replacement : background; });
+    DispatchFormats(reader.pixelType, writer.pixelType, [&](auto in, auto out) {
+        using In = decltype(in);
+        using Out = decltype(out);
+        if constexpr (kSameWordFormat<In, Out>) {
+            const uint32_t colorBits = tone::Word<Out>::colorBits();
+            const uint32_t searchWord = tone::StoredWord<Out>(search) & colorBits;
+            const uint32_t replacementWord = tone::StoredWord<Out>(replacement);
+            const uint32_t backgroundWord = tone::StoredWord<Out>(background);
+            MapWords<Out>(reader, writer,
+                          [&](uint32_t w) { return (w & colorBits) == searchWord ? replacementWord : backgroundWord; });
+        } else {
+            MapColors<In, Out>(reader, writer, [&](RGB c) { return SameRGB(c, search) ? replacement : background; });
+        }
+    });
 }
 
 REALpictureStruct* ReplaceColorVQZ(REALpictureStruct* picture, uint32_t searchColor, uint32_t replaceWithColor) {

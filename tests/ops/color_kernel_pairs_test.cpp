@@ -40,8 +40,8 @@ protected:
     // Runs `kernel(reader, writer)` from a random source into a random target that is
     // `extra` pixels larger each way, and checks the target against `expected(rgb)`.
     template <class Kernel, class Expected>
-    void checkMap(Kernel kernel, Expected expected, int extra = 0) {
-        for (Size size : kSizes) {
+    void checkMap(Kernel kernel, Expected expected, int extra = 0, std::vector<Size> sizes = {std::begin(kSizes), std::end(kSizes)}) {
+        for (Size size : sizes) {
             SCOPED_TRACE(::testing::Message() << size.width << "x" << size.height);
             PixelBuffer source = randomBuffer(readerCode(), size);
             PixelBuffer target = randomBuffer(writerCode(), Size{size.width + extra, size.height + extra});
@@ -57,15 +57,19 @@ protected:
     }
 };
 
+// Both ways of tinting (plain doubles, and the table of the integer brightness with
+// doubles where rounding decides) against the reference.
 TEST_P(ColorKernelPairs, Tint) {
     const std::vector<std::pair<uint32_t, uint32_t>> colors = {
-        {0x555555, 0xFFFFFF}, {0xFFFFFF, 0xFFFFFF}, {0xFF0000, 0xFF8000}, {0x000000, 0x123456},
+        {0x555555, 0xFFFFFF}, {0xFFFFFF, 0xFFFFFF}, {0xFF0000, 0xFF8000}, {0x000000, 0x123456}, {0x4D9619, 0xFFE0B0},
         {0xAB4D1E3F, 0xFF70420A}, {uint32_t(random()), uint32_t(random())}, {uint32_t(random()), uint32_t(random())}};
     for (auto [grey, sepia] : colors) {
         SCOPED_TRACE(::testing::Message() << std::hex << grey << " " << sepia);
-        const TintFactors factors = MakeTintFactors(grey, sepia);
-        checkMap([&](PictureReader& r, PictureWriter& w) { TintPixels(r, w, factors); },
-                 [&](uint32_t rgb) { return ref::tint(rgb, grey, sepia); });
+        auto expected = [&](uint32_t rgb) { return ref::tint(rgb, grey, sepia); };
+        checkMap([&](PictureReader& r, PictureWriter& w) { TintPixels(r, w, grey, sepia); }, expected);
+        checkMap([&](PictureReader& r, PictureWriter& w) { TintPixelsInDoubles(r, w, grey, sepia); }, expected);
+        checkMap([&](PictureReader& r, PictureWriter& w) { ASSERT_TRUE(TintPixelsThroughTable(r, w, grey, sepia)); },
+                 expected);
     }
 }
 
@@ -171,8 +175,11 @@ TEST_P(ColorKernelPairs, LookupTables) {
     uint8_t tables[3][256];
     for (auto& table : tables)
         for (uint8_t& entry : table) entry = uint8_t(random());
-    checkMap([&](PictureReader& r, PictureWriter& w) { MapThroughTables(r, w, tables[0], tables[1], tables[2]); },
-             [&](uint32_t rgb) { return ref::transform(rgb, tables[0], tables[1], tables[2]); }, 3);
+    auto kernel = [&](PictureReader& r, PictureWriter& w) { MapThroughTables(r, w, tables[0], tables[1], tables[2]); };
+    auto expected = [&](uint32_t rgb) { return ref::transform(rgb, tables[0], tables[1], tables[2]); };
+    checkMap(kernel, expected, 3);
+    // Big pictures also get a table indexed by two channels at once.
+    checkMap(kernel, expected, 1, {Size{520, 512}});
 }
 
 TEST_P(ColorKernelPairs, ReplaceAndExtract) {
@@ -226,6 +233,26 @@ TEST_P(ColorKernelReaders, CountingReadsEveryPixelOnce) {
             ASSERT_EQ(counted.green[i], expected.green[size_t(i)]) << "green " << i;
             ASSERT_EQ(counted.blue[i], expected.blue[size_t(i)]) << "blue " << i;
         }
+    }
+}
+
+// The table way on every color there is, for colors where the brightness often lands
+// exactly on a channel boundary (equal weights, white) and for ordinary ones.
+TEST(ColorKernelTint, TableMatchesReferenceOnEveryColor) {
+    PixelBuffer source(13, 4096, 4096), target(13, 4096, 4096);
+    for (int y = 0; y < 4096; ++y)
+        for (int x = 0; x < 4096; ++x) source.setColor(x, y, uint32_t(y) << 12 | uint32_t(x));
+    for (auto [grey, sepia] : {std::pair{0x555555u, 0xFFFFFFu}, std::pair{0xFFFFFFu, 0x8040C0u}, std::pair{0x4D9619u, 0xFFE0B0u}}) {
+        PictureReader reader;
+        PictureWriter writer;
+        source.expose(reader);
+        target.expose(writer);
+        ASSERT_TRUE(TintPixelsThroughTable(reader, writer, grey, sepia));
+        int wrong = 0;
+        for (int y = 0; y < 4096; ++y)
+            for (int x = 0; x < 4096; ++x)
+                wrong += target.color(x, y) != ref::tint(uint32_t(y) << 12 | uint32_t(x), grey, sepia);
+        EXPECT_EQ(wrong, 0) << std::hex << grey << " " << sepia;
     }
 }
 
