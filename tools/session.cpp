@@ -1,5 +1,8 @@
 #include "tools/session.h"
 
+#include <cstdio>
+#include <cstdlib>
+
 #include "tools/errors.h"
 #include "tools/files.h"
 #include "tools/image_io.h"
@@ -25,6 +28,15 @@ Session::Session(const GlobalOptions& options) : options_(options) {
 
 Session::~Session() {
     standin::takeException();
+    // Tests run the tool with VQZ_CHECK_LEDGER set: everything the tool and the
+    // plugin took from the host must have been given back by now.
+    if (std::getenv("VQZ_CHECK_LEDGER")) {
+        standin::Ledger ledger = standin::ledger();
+        if (!ledger.clean()) {
+            std::fprintf(stderr, "vqz: host ledger not clean at exit:\n%s\n", ledger.detail.c_str());
+            for (const std::string& e : ledger.errors) std::fprintf(stderr, "    %s\n", e.c_str());
+        }
+    }
     plugin_.reset();
 }
 

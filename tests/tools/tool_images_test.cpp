@@ -93,7 +93,9 @@ TEST_F(ToolImageTest, ReadsPngOfEveryKind) {
             EXPECT_EQ(q[0], p[0]) << i;
             EXPECT_EQ(q[1], p[1]) << i;
             EXPECT_EQ(q[2], p[2]) << i;
-            if (k.alpha) EXPECT_EQ(q[3], p[3]) << i;
+            if (k.alpha) {
+                EXPECT_EQ(q[3], p[3]) << i;
+            }
         }
     }
 }

@@ -42,6 +42,7 @@ ToolRun runTool(const std::vector<std::string>& args, const std::string& workdir
         ::close(out[1]);
         ::close(err[1]);
         if (!workdir.empty() && chdir(workdir.c_str()) != 0) _exit(126);
+        setenv("VQZ_CHECK_LEDGER", "1", 1);
         execv(cargv[0], cargv.data());
         _exit(127);
     }
@@ -72,6 +73,8 @@ ToolRun runTool(const std::vector<std::string>& args, const std::string& workdir
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    // The tool gives back every host object it and the plugin took.
+    EXPECT_EQ(run.err.find("host ledger not clean"), std::string::npos) << run.err;
     return run;
 }
 
