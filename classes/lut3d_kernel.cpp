@@ -97,14 +97,23 @@ namespace portable {
 #pragma GCC diagnostic pop
 
 #if defined(__x86_64__) || defined(__i386__)
+#if defined(__clang__)
+// clang ignores GCC's target pragma; it gives every function of the region the target.
+#pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
+#else
 #pragma GCC push_options
 #pragma GCC target("avx2")
+#endif
 #define VQZ_LUT_WIDE 1
 namespace wide {
 #include "classes/lut3d_rows.inc"
 }  // namespace wide
 #undef VQZ_LUT_WIDE
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
 #pragma GCC pop_options
+#endif
 #define VQZ_HAVE_WIDE_LUT 1
 #endif
 
