@@ -122,7 +122,7 @@ Ref makePicture(FuzzedDataProvider& in, const Format& f, int w, int h) {
         pic = Ref::adopt(standin::newGWorldPicture(w, h, f.depth));
     else
         pic = Ref::adopt(standin::newBitmapPicture(w, h));
-    check(bool(pic), std::string("the host made no ") + f.name + " picture of " + std::to_string(w) + "x" +
+    FUZZ_CHECK(bool(pic), std::string("the host made no ") + f.name + " picture of " + std::to_string(w) + "x" +
                          std::to_string(h));
     fillPicture(in, pic.get());
     return pic;
@@ -140,7 +140,7 @@ Ref cropPicture(void* from, const Format& f, int x0, int y0, int w, int h) {
         pic = Ref::adopt(standin::newGWorldPicture(w, h, f.vector() ? 32 : f.depth));
     else
         pic = Ref::adopt(standin::newBitmapPicture(w, h));
-    check(bool(pic), "the host made no picture to crop into");
+    FUZZ_CHECK(bool(pic), "the host made no picture to crop into");
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) standin::setRGB(pic.get(), x, y, standin::getRGB(from, x0 + x, y0 + y));
     return pic;
@@ -148,7 +148,7 @@ Ref cropPicture(void* from, const Format& f, int x0, int y0, int w, int h) {
 
 Ref makeBlock(FuzzedDataProvider& in, int32_t size) {
     Ref block = Ref::adopt(standin::newMemoryBlock(size));
-    check(bool(block), "the host made no MemoryBlock of " + std::to_string(size) + " bytes");
+    FUZZ_CHECK(bool(block), "the host made no MemoryBlock of " + std::to_string(size) + " bytes");
     uint8_t* data = standin::memoryBlockData(block.get());
     std::mt19937 rng(in.ConsumeIntegral<uint32_t>());
     for (int32_t i = 0; i < size; ++i) data[i] = in.remaining_bytes() ? in.ConsumeIntegral<uint8_t>() : uint8_t(rng());
@@ -157,7 +157,7 @@ Ref makeBlock(FuzzedDataProvider& in, int32_t size) {
 
 Snapshot freshSnapshot(int w, int h) {
     Ref fresh = Ref::adopt(standin::newHostPicture(w, h));
-    check(bool(fresh), "the host made no picture for a reference");
+    FUZZ_CHECK(bool(fresh), "the host made no picture for a reference");
     return vqztest::snapshot(fresh.get());
 }
 

@@ -48,9 +48,6 @@ void useHost(AppKind kind);
 
 // Aborts with `what` (and the ledger's account when it is not clean).
 [[noreturn]] void fail(const std::string& what);
-inline void check(bool ok, const std::string& what) {
-    if (!ok) fail(what);
-}
 
 class Session {
 public:
@@ -86,3 +83,10 @@ private:
 const Format* formatsOf(AppKind kind, int* count);
 
 }  // namespace fuzz
+
+// Fails with the message when the condition does not hold; the message is only
+// built then, so checks cost nothing on the way through.
+#define FUZZ_CHECK(condition, message)          \
+    do {                                        \
+        if (!(condition)) ::fuzz::fail(message); \
+    } while (0)

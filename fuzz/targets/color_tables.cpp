@@ -62,29 +62,29 @@ void transform(FuzzedDataProvider& in, Session& session, void* pic, const Snapsh
                                        : nullptr;
     std::string className;
     const std::string message = session.takeExceptionMessage(&className);
-    if (missing) check(result.isNil(), "a nil argument gave a picture");
+    if (missing) FUZZ_CHECK(result.isNil(), "a nil argument gave a picture");
     // A fault may also hit the exception's instance or message.
     if (faulted) return;
     if (missing) {
-        check(className == "NilObjectException" && message == missing,
+        FUZZ_CHECK(className == "NilObjectException" && message == missing,
               std::string("expected \"") + missing + "\", got " + className + " \"" + message + "\"");
         return;
     }
-    check(className.empty(), "TransformColorsVQZ raised " + className);
+    FUZZ_CHECK(className.empty(), "TransformColorsVQZ raised " + className);
     for (const std::vector<uint8_t>& t : table)
         if (t.size() < 256) {
-            check(result.isNil(), "a table of " + std::to_string(t.size()) + " bytes gave a picture");
+            FUZZ_CHECK(result.isNil(), "a table of " + std::to_string(t.size()) + " bytes gave a picture");
             return;
         }
-    check(!result.isNil(), "TransformColorsVQZ gave nil");
+    FUZZ_CHECK(!result.isNil(), "TransformColorsVQZ gave nil");
     // The destination is written in place when it is large enough and writable.
     const bool intoDest = dest && destBefore.width >= source.width && destBefore.height >= source.height &&
                           standin::pictureKind(dest.get()) != standin::PictureKind::Vector &&
                           (standin::pictureKind(dest.get()) == standin::PictureKind::Bitmap ||
                            standin::pictureDepth(dest.get()) >= 24);
-    check((result.ref.get() == dest.get()) == intoDest,
+    FUZZ_CHECK((result.ref.get() == dest.get()) == intoDest,
           intoDest ? "TransformColorsVQZ did not write into its destination" : "TransformColorsVQZ returned dest");
-    check(standin::guardsIntact(result.ref.get()), "TransformColorsVQZ wrote outside the result's rows");
+    FUZZ_CHECK(standin::guardsIntact(result.ref.get()), "TransformColorsVQZ wrote outside the result's rows");
     Snapshot expected = intoDest ? destBefore : freshSnapshot(source.width, source.height);
     if (pic == dest.get()) expected = source;
     for (int y = 0; y < source.height; ++y)
@@ -95,7 +95,7 @@ void transform(FuzzedDataProvider& in, Session& session, void* pic, const Snapsh
                                table[1][size_t(vqztest::blueOf(c))]);
         }
     const std::string difference = firstDifference(expected, vqztest::snapshot(result.ref.get()));
-    check(difference.empty(), std::string("TransformColorsVQZ") + (intoDest ? " into dest" : "") + ": " + difference);
+    FUZZ_CHECK(difference.empty(), std::string("TransformColorsVQZ") + (intoDest ? " into dest" : "") + ": " + difference);
 }
 
 void countAll(FuzzedDataProvider& in, Session& session, void* pic, const Snapshot& source) {
@@ -121,15 +121,15 @@ void countAll(FuzzedDataProvider& in, Session& session, void* pic, const Snapsho
     standin::invokeRef("Picture", kCount, pic, args);
     if (session.disarmFault()) return;
 
-    for (int i = 0; i < 3; ++i) check(bool(args[size_t(i)].ref), "CountColorsVQZ left a block nil");
+    for (int i = 0; i < 3; ++i) FUZZ_CHECK(bool(args[size_t(i)].ref), "CountColorsVQZ left a block nil");
     const int64_t count = args[3].i;
     if (!allLong || !pic) {
-        check(count == -1, "CountColorsVQZ counted " + std::to_string(count) + " with a short block or no picture");
+        FUZZ_CHECK(count == -1, "CountColorsVQZ counted " + std::to_string(count) + " with a short block or no picture");
         for (int i = 0; i < 3; ++i)
-            check(bytesOf(args[size_t(i)].ref.get()) == before[i], "a refused count changed a block");
+            FUZZ_CHECK(bytesOf(args[size_t(i)].ref.get()) == before[i], "a refused count changed a block");
         return;
     }
-    check(count == int64_t(source.width) * source.height, "CountColorsVQZ counted " + std::to_string(count));
+    FUZZ_CHECK(count == int64_t(source.width) * source.height, "CountColorsVQZ counted " + std::to_string(count));
     // Additions go through the blocks in order, so a block given twice gets both.
     std::vector<std::vector<uint8_t>> expected;
     std::vector<void*> handles;
@@ -150,7 +150,7 @@ void countAll(FuzzedDataProvider& in, Session& session, void* pic, const Snapsho
         }
     }
     for (size_t k = 0; k < handles.size(); ++k)
-        check(bytesOf(handles[k]) == expected[k], "a histogram block holds other counts");
+        FUZZ_CHECK(bytesOf(handles[k]) == expected[k], "a histogram block holds other counts");
 }
 
 }  // namespace
@@ -177,7 +177,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             if (session.disarmFault()) break;
             int64_t expected = 0;
             for (uint32_t c : source.rgb) expected += c == (color & 0xFFFFFF) ? 1 : 0;
-            check(counted == expected, "CountColorVQZ(" + hex(color) + ") counted " + std::to_string(counted) +
+            FUZZ_CHECK(counted == expected, "CountColorVQZ(" + hex(color) + ") counted " + std::to_string(counted) +
                                            ", expected " + std::to_string(expected));
             break;
         }

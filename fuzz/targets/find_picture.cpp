@@ -52,17 +52,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool faulted = session.disarmFault();
     const int64_t x = args[1].i, y = args[2].i;
 
-    if (!found.i) check(x == 0 && y == 0, "FindPicture failed with x, y = " + std::to_string(x) + ", " + std::to_string(y));
-    if (receiver) check(vqztest::snapshot(receiver.get()) == where, "FindPicture changed the receiver");
-    if (pic) check(vqztest::snapshot(pic.get()) == what, "FindPicture changed the searched picture");
+    if (!found.i) FUZZ_CHECK(x == 0 && y == 0, "FindPicture failed with x, y = " + std::to_string(x) + ", " + std::to_string(y));
+    if (receiver) FUZZ_CHECK(vqztest::snapshot(receiver.get()) == where, "FindPicture changed the receiver");
+    if (pic) FUZZ_CHECK(vqztest::snapshot(pic.get()) == what, "FindPicture changed the searched picture");
     if (faulted) return 0;
     reference::Found expected;
     if (receiver && pic) expected = reference::findPicture(where, what);
     const std::string call = "FindPicture of " + std::to_string(what.width) + "x" + std::to_string(what.height) +
                              " in " + std::to_string(where.width) + "x" + std::to_string(where.height);
-    check(bool(found.i) == expected.found, call + (found.i ? " found a copy" : " found nothing"));
+    FUZZ_CHECK(bool(found.i) == expected.found, call + (found.i ? " found a copy" : " found nothing"));
     if (expected.found)
-        check(x == expected.x && y == expected.y, call + " reported (" + std::to_string(x) + ", " + std::to_string(y) +
+        FUZZ_CHECK(x == expected.x && y == expected.y, call + " reported (" + std::to_string(x) + ", " + std::to_string(y) +
                                                       "), expected (" + std::to_string(expected.x) + ", " +
                                                       std::to_string(expected.y) + ")");
     return 0;

@@ -6,6 +6,7 @@
 
 #include "classes/lut3d.h"
 #include "fuzz/support/input.h"
+#include "fuzz/support/filter_block.h"
 #include "tests/reference/lut_reference.h"
 
 namespace {
@@ -30,19 +31,19 @@ void setInt(void* object, const char* name, int32_t v) {
     standin::PropValue value;
     value.type = standin::PropValue::Integer;
     value.i = v;
-    check(standin::setProperty(object, name, value), std::string("cannot set ") + name);
+    FUZZ_CHECK(standin::setProperty(object, name, value), std::string("cannot set ") + name);
 }
 
 void setPicture(void* object, void* pic) {
     standin::PropValue value;
     value.type = standin::PropValue::Handle;
     value.h = pic;
-    check(standin::setProperty(object, "SourcePicture", value), "cannot set SourcePicture");
+    FUZZ_CHECK(standin::setProperty(object, "SourcePicture", value), "cannot set SourcePicture");
 }
 
 Ref destination(void* object) {
     standin::PropValue value;
-    check(standin::getProperty(object, "DestinationPicture", value), "cannot read DestinationPicture");
+    FUZZ_CHECK(standin::getProperty(object, "DestinationPicture", value), "cannot read DestinationPicture");
     return Ref::adopt(value.h);
 }
 
@@ -63,7 +64,7 @@ void startTable(FuzzedDataProvider& in, void* filter, LutTable& table) {
                                                        : double(seed >> 20) / 16.0 - 20.0;
                 }
     auto* data = static_cast<Lut3DClassData*>(standin::instanceData(filter));
-    check(data != nullptr, "no instance data");
+    FUZZ_CHECK(data != nullptr, "no instance data");
     memcpy(data->table, table.element.data(), sizeof data->table);
 }
 
@@ -73,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
     Session session(in);
     Ref filter = Ref::adopt(standin::newInstance(kClass));
-    check(bool(filter), "no PictureLut3DVQZ instance");
+    FUZZ_CHECK(bool(filter), "no PictureLut3DVQZ instance");
     LutTable table;
     startTable(in, filter.get(), table);
     FilterBounds bounds;
@@ -91,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 const bool inside = r < 18 && g < 18 && b < 18 && x < 3;
                 if (inside) table.at(int(r), int(g), int(b), int(x)) = v;
                 const double back = standin::invoke(kClass, kTable, filter.get(), at).d;
-                check(sameBits(back, inside ? v : 0.0), "Table(" + std::to_string(r) + ", " + std::to_string(g) +
+                FUZZ_CHECK(sameBits(back, inside ? v : 0.0), "Table(" + std::to_string(r) + ", " + std::to_string(g) +
                                                             ", " + std::to_string(b) + ", " + std::to_string(x) +
                                                             ") does not read back what was stored");
                 break;
@@ -114,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             case 4:
                 standin::invoke(kClass, "Close", filter.get());
                 source = Ref();
-                check(!destination(filter.get()), "Close left a DestinationPicture");
+                FUZZ_CHECK(!destination(filter.get()), "Close left a DestinationPicture");
                 break;
             default: {
                 const Snapshot before = vqztest::snapshot(source.get());
@@ -122,18 +123,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 const bool ran = standin::invoke(kClass, "Run as boolean", filter.get()).i != 0;
                 const bool faulted = session.disarmFault();
                 Ref out = destination(filter.get());
-                check(ran == bool(out), ran ? "Run succeeded without a DestinationPicture"
+                FUZZ_CHECK(ran == bool(out), ran ? "Run succeeded without a DestinationPicture"
                                             : "a failed Run left a DestinationPicture");
-                if (source) check(vqztest::snapshot(source.get()) == before, "Run changed the source");
+                if (source) FUZZ_CHECK(vqztest::snapshot(source.get()) == before, "Run changed the source");
                 if (faulted) break;
-                check(ran == bool(source), ran ? "Run succeeded without a source" : "Run failed");
+                FUZZ_CHECK(ran == bool(source), ran ? "Run succeeded without a source" : "Run failed");
                 if (!ran) break;
-                check(standin::guardsIntact(out.get()), "Run wrote outside the destination's rows");
-                const Snapshot expected = reference::filterBlock(
+                FUZZ_CHECK(standin::guardsIntact(out.get()), "Run wrote outside the destination's rows");
+                const Snapshot expected = cappedFilterBlock(
                     before, freshSnapshot(before.width, before.height), bounds,
                     [&](uint32_t rgb) { return reference::lutColor(table, rgb); });
                 const std::string difference = firstDifference(expected, vqztest::snapshot(out.get()));
-                check(difference.empty(), "Run with MinX " + std::to_string(bounds.minX) + " MinY " +
+                FUZZ_CHECK(difference.empty(), "Run with MinX " + std::to_string(bounds.minX) + " MinY " +
                                               std::to_string(bounds.minY) + " MaxX " + std::to_string(bounds.maxX) +
                                               " MaxY " + std::to_string(bounds.maxY) + ": " + difference);
                 break;

@@ -51,10 +51,10 @@ std::string describe(const char* method, Area r) {
 }
 
 void checkPicture(const Value& result, const Snapshot& expected, const std::string& call) {
-    check(!result.isNil(), call + " gave nil");
-    check(standin::guardsIntact(result.ref.get()), call + " wrote outside the result's rows");
+    FUZZ_CHECK(!result.isNil(), call + " gave nil");
+    FUZZ_CHECK(standin::guardsIntact(result.ref.get()), call + " wrote outside the result's rows");
     const std::string difference = firstDifference(expected, vqztest::snapshot(result.ref.get()));
-    check(difference.empty(), call + ": " + difference);
+    FUZZ_CHECK(difference.empty(), call + ": " + difference);
 }
 
 }  // namespace
@@ -122,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (session.disarmFault()) continue;
 
         if (!pic) {
-            check(result.isNil() || (result.type == TypeName::Boolean && result.i == 0), call + " on nil answered");
+            FUZZ_CHECK(result.isNil() || (result.type == TypeName::Boolean && result.i == 0), call + " on nil answered");
             continue;
         }
         switch (method) {
@@ -144,7 +144,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                     expected = everyPixel(before, r, [](uint32_t p) { return p == 0xFFFFFF; });
                 else
                     expected = everyPixel(before, r, [&](uint32_t p) { return isGrayWithin(p, std::abs(int64_t(tolerance))); });
-                check(result.i == (expected ? 1 : 0), call + " answered " + std::to_string(result.i));
+                FUZZ_CHECK(result.i == (expected ? 1 : 0), call + " answered " + std::to_string(result.i));
                 break;
             }
             default: {
@@ -158,8 +158,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
     }
     if (pixels) {
-        check(vqztest::snapshot(pic.get()) == before, "the receiver changed");
-        check(standin::guardsIntact(pic.get()), "the receiver's row padding changed");
+        FUZZ_CHECK(vqztest::snapshot(pic.get()) == before, "the receiver changed");
+        FUZZ_CHECK(standin::guardsIntact(pic.get()), "the receiver's row padding changed");
     }
     return 0;
 }

@@ -72,14 +72,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // A fault may also hit the exception's instance or message.
     std::string className;
     const std::string message = session.takeExceptionMessage(&className);
-    if (nil) check(result.isNil(), "a nil block gave a picture");
+    if (nil) FUZZ_CHECK(result.isNil(), "a nil block gave a picture");
     if (faulted) return 0;
     if (nil) {
-        check(className == "NilObjectException" && message == "memoryblock is nil",
+        FUZZ_CHECK(className == "NilObjectException" && message == "memoryblock is nil",
               "a nil block raised \"" + className + "\" \"" + message + "\"");
         return 0;
     }
-    check(className.empty(), "RenderSamplesVQZ raised " + className);
+    FUZZ_CHECK(className.empty(), "RenderSamplesVQZ raised " + className);
 
     const uint8_t* bytes = standin::memoryBlockData(block.get());
     const std::vector<uint8_t> samples(bytes, bytes + blockSize);
@@ -90,35 +90,36 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                              std::to_string(p.outlineWidth) + ", bits " + std::to_string(p.bits) +
                              (p.autoScale ? ", AutoScale)" : ")");
     if (expected.nil) {
-        check(result.isNil(), call + " gave a picture");
+        FUZZ_CHECK(result.isNil(), call + " gave a picture");
         return 0;
     }
-    check(!result.isNil(), call + " gave nil");
-    check(standin::guardsIntact(result.ref.get()), call + " wrote outside the picture's rows");
+    FUZZ_CHECK(!result.isNil(), call + " gave nil");
+    FUZZ_CHECK(standin::guardsIntact(result.ref.get()), call + " wrote outside the picture's rows");
     const Snapshot got = vqztest::snapshot(result.ref.get());
-    check(got.width == expected.image.width && got.height == expected.image.height,
+    FUZZ_CHECK(got.width == expected.image.width && got.height == expected.image.height,
           call + " gave " + std::to_string(got.width) + "x" + std::to_string(got.height));
     if (p.outlineWidth <= 1) {
         for (int y = 0; y < got.height; ++y)
             for (int x = 0; x < got.width; ++x) {
                 const uint32_t want = expected.image.rgb[size_t(y) * size_t(got.width) + size_t(x)];
-                check(got.at(x, y) == want, call + ": pixel (" + std::to_string(x) + ", " + std::to_string(y) +
-                                                ") is " + hex(got.at(x, y)) + ", expected " + hex(want));
+                if (got.at(x, y) != want)
+                    fail(call + ": pixel (" + std::to_string(x) + ", " + std::to_string(y) + ") is " +
+                         hex(got.at(x, y)) + ", expected " + hex(want));
             }
-        check(standin::drawnLines().size() == linesBefore, call + " drew host lines");
+        FUZZ_CHECK(standin::drawnLines().size() == linesBefore, call + " drew host lines");
     } else {
         const std::vector<standin::LineRecord>& lines = standin::drawnLines();
-        check(lines.size() - linesBefore == expected.lines.size(),
+        FUZZ_CHECK(lines.size() - linesBefore == expected.lines.size(),
               call + " drew " + std::to_string(lines.size() - linesBefore) + " host lines, expected " +
                   std::to_string(expected.lines.size()));
         for (size_t i = 0; i < expected.lines.size(); ++i) {
             const standin::LineRecord& l = lines[linesBefore + i];
             const waveform_reference::Line& e = expected.lines[i];
-            check(l.x1 == e.x1 && l.y1 == e.y1 && l.x2 == e.x2 && l.y2 == e.y2,
-                  call + ": host line " + std::to_string(i) + " differs");
-            check(l.penWidth == p.outlineWidth && l.penHeight == p.outlineWidth &&
-                      (l.color & 0xFFFFFF) == (p.outlineColor & 0xFFFFFF),
-                  call + ": host line " + std::to_string(i) + " has another pen or color");
+            if (l.x1 != e.x1 || l.y1 != e.y1 || l.x2 != e.x2 || l.y2 != e.y2)
+                fail(call + ": host line " + std::to_string(i) + " differs");
+            if (l.penWidth != p.outlineWidth || l.penHeight != p.outlineWidth ||
+                (l.color & 0xFFFFFF) != (p.outlineColor & 0xFFFFFF))
+                fail(call + ": host line " + std::to_string(i) + " has another pen or color");
         }
     }
     return 0;

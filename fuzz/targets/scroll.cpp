@@ -63,9 +63,9 @@ bool scrollHorizontal(Model& pic, Model* mask, int32_t delta, bool wrap) {
 
 void checkModel(const Model& m, const std::string& call, const char* which) {
     if (!m.handle || m.format->vector()) return;
-    check(standin::guardsIntact(m.handle), call + " wrote outside the " + which + "'s rows");
+    FUZZ_CHECK(standin::guardsIntact(m.handle), call + " wrote outside the " + which + "'s rows");
     const std::string difference = firstDifference(m.pixels, vqztest::snapshot(m.handle));
-    check(difference.empty(), call + ", " + which + ": " + difference);
+    FUZZ_CHECK(difference.empty(), call + ", " + which + ": " + difference);
 }
 
 }  // namespace
@@ -135,7 +135,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 expected = scrollVertical(picture, withMask, dy, wrap);
                 break;
         }
-        check((result.i != 0) == expected, call + " answered " + std::to_string(result.i));
+        FUZZ_CHECK((result.i != 0) == expected, call + " answered " + std::to_string(result.i));
         checkModel(picture, call, "picture");
         checkModel(mask, call, "mask");
     }

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "fuzz/support/input.h"
-#include "tests/reference/lut_reference.h"
+#include "fuzz/support/filter_block.h"
 
 namespace {
 
@@ -22,18 +22,18 @@ void setInt(void* object, const char* name, int32_t v) {
     standin::PropValue value;
     value.type = standin::PropValue::Integer;
     value.i = v;
-    check(standin::setProperty(object, name, value), std::string("cannot set ") + name);
+    FUZZ_CHECK(standin::setProperty(object, name, value), std::string("cannot set ") + name);
 }
 
 double getDouble(void* object, const char* name) {
     standin::PropValue value;
-    check(standin::getProperty(object, name, value), std::string("cannot read ") + name);
+    FUZZ_CHECK(standin::getProperty(object, name, value), std::string("cannot read ") + name);
     return value.d;
 }
 
 Ref getPicture(void* object, const char* name) {
     standin::PropValue value;
-    check(standin::getProperty(object, name, value), std::string("cannot read ") + name);
+    FUZZ_CHECK(standin::getProperty(object, name, value), std::string("cannot read ") + name);
     return Ref::adopt(value.h);
 }
 
@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
     Session session(in);
     Ref filter = Ref::adopt(standin::newInstance(kClass));
-    check(bool(filter), "no PictureSepiaVQZ instance");
+    FUZZ_CHECK(bool(filter), "no PictureSepiaVQZ instance");
     Settings s;
     FilterBounds bounds;
     Ref source;
@@ -70,9 +70,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 standin::PropValue value;
                 value.type = standin::PropValue::Double;
                 value.d = v;
-                check(standin::setProperty(filter.get(), kNames[which], value), "cannot set a weight");
+                FUZZ_CHECK(standin::setProperty(filter.get(), kNames[which], value), "cannot set a weight");
                 s.weight[which] = v;
-                check(sameBits(getDouble(filter.get(), kNames[which]), v), "a weight does not read back");
+                FUZZ_CHECK(sameBits(getDouble(filter.get(), kNames[which]), v), "a weight does not read back");
                 break;
             }
             case 1: {
@@ -96,13 +96,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 standin::PropValue value;
                 value.type = standin::PropValue::Handle;
                 value.h = source.get();
-                check(standin::setProperty(filter.get(), "SourcePicture", value), "cannot set SourcePicture");
+                FUZZ_CHECK(standin::setProperty(filter.get(), "SourcePicture", value), "cannot set SourcePicture");
                 break;
             }
             case 4:
                 standin::invoke(kClass, "Close", filter.get());
                 source = Ref();
-                check(!getPicture(filter.get(), "DestinationPicture"), "Close left a DestinationPicture");
+                FUZZ_CHECK(!getPicture(filter.get(), "DestinationPicture"), "Close left a DestinationPicture");
                 break;
             default: {
                 const Snapshot before = vqztest::snapshot(source.get());
@@ -111,18 +111,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 const bool ran = standin::invoke(kClass, "Run as boolean", filter.get()).i != 0;
                 const bool faulted = session.disarmFault();
                 Ref out = getPicture(filter.get(), "DestinationPicture");
-                if (!ran) check(out.get() == previous.get(), "a failed Run changed DestinationPicture");
-                if (ran) check(out && out.get() != previous.get(), "Run succeeded without a new DestinationPicture");
-                if (source) check(vqztest::snapshot(source.get()) == before, "Run changed the source");
+                if (!ran) FUZZ_CHECK(out.get() == previous.get(), "a failed Run changed DestinationPicture");
+                if (ran) FUZZ_CHECK(out && out.get() != previous.get(), "Run succeeded without a new DestinationPicture");
+                if (source) FUZZ_CHECK(vqztest::snapshot(source.get()) == before, "Run changed the source");
                 if (faulted) break;
-                check(ran == bool(source), ran ? "Run succeeded without a source" : "Run failed");
+                FUZZ_CHECK(ran == bool(source), ran ? "Run succeeded without a source" : "Run failed");
                 if (!ran) break;
-                check(standin::guardsIntact(out.get()), "Run wrote outside the destination's rows");
+                FUZZ_CHECK(standin::guardsIntact(out.get()), "Run wrote outside the destination's rows");
                 int64_t k[3];
                 if (!settledWeight(s.weight[0], &k[0]) || !settledWeight(s.weight[1], &k[1]) ||
                     !settledWeight(s.weight[2], &k[2]))
                     break;
-                const Snapshot expected = reference::filterBlock(
+                const Snapshot expected = cappedFilterBlock(
                     before, freshSnapshot(before.width, before.height), bounds, [&](uint32_t rgb) {
                         const int64_t g =
                             (vqztest::redOf(rgb) * k[0] + vqztest::greenOf(rgb) * k[1] + vqztest::blueOf(rgb) * k[2]) / 1024;
@@ -130,7 +130,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                               clampChannel(g + s.offset[2]));
                     });
                 const std::string difference = firstDifference(expected, vqztest::snapshot(out.get()));
-                check(difference.empty(), "Run with weights " + std::to_string(k[0]) + " " + std::to_string(k[1]) +
+                FUZZ_CHECK(difference.empty(), "Run with weights " + std::to_string(k[0]) + " " + std::to_string(k[1]) +
                                               " " + std::to_string(k[2]) + ", offsets " + std::to_string(s.offset[0]) +
                                               " " + std::to_string(s.offset[1]) + " " + std::to_string(s.offset[2]) +
                                               ", MinX " + std::to_string(bounds.minX) + " MinY " +
