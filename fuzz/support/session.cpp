@@ -34,13 +34,20 @@ std::unique_ptr<standin::LoadedPlugin>& moduleOf(AppKind kind) {
     return modules[static_cast<int>(kind)];
 }
 
+// Host versions on both sides of the gates that change what the plugin does: string
+// bytes through the old string object before 2013.0, a description left locked after
+// a failed lock before 2012.0. All are past 2010.029, so the registration tables are
+// rewritten the same way whichever of them registers first.
+const double kVersions[] = {2013.0, 2012.0, 2011.0};
+
 bool haveHost = false;
 AppKind currentKind = AppKind::Desktop;
+double currentVersion = 2013.0;
 
-standin::HostConfig configOf(AppKind kind) {
+standin::HostConfig configOf(AppKind kind, double version) {
     standin::HostConfig c;
     c.kind = kind;
-    c.version = 2013.0;
+    c.version = version;
     return c;
 }
 
@@ -54,8 +61,8 @@ std::string ledgerAccount() {
 }
 
 // A host of `kind` as new, with the module of that kind registered in it again.
-void restartHost(AppKind kind) {
-    standin::reset(configOf(kind));
+void restartHost(AppKind kind, double version) {
+    standin::reset(configOf(kind, version));
     using PluginMain = void (*)(void* (*)(const char*));
     auto main = reinterpret_cast<PluginMain>(moduleOf(kind)->symbol("REALPluginMain"));
     if (!main) fail("the loaded module lost REALPluginMain");
@@ -70,20 +77,21 @@ void fail(const std::string& what) {
     std::abort();
 }
 
-void useHost(AppKind kind) {
-    if (haveHost && kind == currentKind) return;
+void useHost(AppKind kind, double version) {
+    if (haveHost && kind == currentKind && version == currentVersion) return;
     std::unique_ptr<standin::LoadedPlugin>& module = moduleOf(kind);
     if (!module) {
-        module = std::make_unique<standin::LoadedPlugin>(configOf(kind));
+        module = std::make_unique<standin::LoadedPlugin>(configOf(kind, version));
         if (!module->ok()) {
             std::fprintf(stderr, "cannot load the plugin: %s\n", module->error().c_str());
             std::exit(2);
         }
     } else {
-        restartHost(kind);
+        restartHost(kind, version);
     }
     haveHost = true;
     currentKind = kind;
+    currentVersion = version;
 }
 
 const Format* formatsOf(AppKind kind, int* count) {
@@ -104,7 +112,9 @@ const Format* formatsOf(AppKind kind, int* count) {
 
 Session::Session(FuzzedDataProvider& in) {
     format_ = kAllFormats[in.ConsumeIntegralInRange<int>(0, kFormatCount - 1)];
-    useHost(format_->kind);
+    // Mostly the current host; one input in eight an older one.
+    const uint8_t version = in.ConsumeIntegral<uint8_t>();
+    useHost(format_->kind, version < 224 ? kVersions[0] : kVersions[1 + version % 2]);
     // One input in four runs with a fault: the k-th picture creation, lock, ... fails.
     const uint8_t fault = in.ConsumeIntegral<uint8_t>();
     if (fault < 64) {
@@ -147,7 +157,7 @@ Session::~Session() {
     // The host keeps released objects for a while to catch late use; starting it anew
     // frees them within this input, so that the input's allocations and frees balance
     // and libFuzzer's leak check only runs when something really stays allocated.
-    restartHost(currentKind);
+    restartHost(currentKind, currentVersion);
 }
 
 }  // namespace fuzz

@@ -40,19 +40,19 @@ struct Format {
     bool editable() const { return !desktop() || depth == 32 || depth == 24; }
 };
 
-// Makes `kind` the current host. The first time a kind is used its module is loaded;
-// later switches reset the host and let the already loaded module register again, as
-// a host started anew would see it. Coverage counters stay valid because no module is
-// ever unloaded.
-void useHost(AppKind kind);
+// Makes a host of `kind` and `version` the current one. The first time a kind is used
+// its module is loaded; later switches reset the host and let the already loaded
+// module register again, as a host started anew would see it. Coverage counters stay
+// valid because no module is ever unloaded.
+void useHost(AppKind kind, double version);
 
 // Aborts with `what` (and the ledger's account when it is not clean).
 [[noreturn]] void fail(const std::string& what);
 
 class Session {
 public:
-    // Reads the host format (and so the host kind) and, if the input asks for it, a
-    // fault to arm just before the call under test (armFault()).
+    // Reads the host format (and so the host kind), the host version and, if the input
+    // asks for it, a fault to arm just before the call under test (armFault()).
     explicit Session(FuzzedDataProvider& in);
     ~Session();
     Session(const Session&) = delete;
