@@ -6,7 +6,7 @@
 #include <immintrin.h>
 #endif
 
-#include "classes/byte_layout.h"
+#include "picture/pixel_words.h"
 #include "classes/lut3d.h"
 #include "picture/pixel_loop.h"
 #include "plugin/errors.h"

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "classes/byte_layout.h"
+#include "picture/pixel_words.h"
 #include "classes/byte_shuffle.h"
 #include "picture/pixel_loop.h"
 
@@ -91,14 +91,14 @@ SepiaLanes LanesFor(const SepiaTone& tone, ChannelAt channelAt) {
     for (int i = 0; i < 4; ++i) {
         const int in = channelAt(i);
         w[i] = w[i + 4] = static_cast<int16_t>(in < 0 ? 0 : tone.weight[in]);
-        const int out = layout::ChannelStoredAt<Out>(i);
+        const int out = pixel::ChannelStoredAt<Out>(i);
         o[i] = out < 0 ? 0 : HeldOffset(tone.offset[out]);
     }
     SepiaLanes lanes;
     lanes.weights = _mm_setr_epi16(w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7]);
     lanes.offsets = _mm_setr_epi32(o[0], o[1], o[2], o[3]);
-    lanes.colorBits = _mm_set1_epi32(static_cast<int32_t>(layout::ColorBits<Out>()));
-    lanes.fixedBits = _mm_set1_epi32(static_cast<int32_t>(layout::FixedBits<Out>()));
+    lanes.colorBits = _mm_set1_epi32(static_cast<int32_t>(pixel::ColorBits<Out>()));
+    lanes.fixedBits = _mm_set1_epi32(static_cast<int32_t>(pixel::FixedBits<Out>()));
     return lanes;
 }
 
@@ -114,7 +114,7 @@ shuffle::Control WideningShuffle() {
         for (int q = 0; q < 4; ++q) {
             c.from[4 * p + q] = -1;
             for (int i = 0; i < In::bytes && q < 3; ++i)
-                if (layout::ChannelReadFrom<In>(i) == q) c.from[4 * p + q] = static_cast<int8_t>(In::bytes * p + i);
+                if (pixel::ChannelReadFrom<In>(i) == q) c.from[4 * p + q] = static_cast<int8_t>(In::bytes * p + i);
         }
     return c;
 }
@@ -137,7 +137,7 @@ void ToneRowsWide(PictureReader& reader, PictureWriter& writer, FilterBlock bloc
     const int32_t o[3] = {HeldOffset(tone.offset[0]), HeldOffset(tone.offset[1]), HeldOffset(tone.offset[2])};
     const int32_t fours = block.columns & ~3;
     if constexpr (In::bytes == 4) {
-        const SepiaLanes lanes = LanesFor<Out>(tone, [](int i) { return layout::ChannelReadFrom<In>(i); });
+        const SepiaLanes lanes = LanesFor<Out>(tone, [](int i) { return pixel::ChannelReadFrom<In>(i); });
         for (int32_t y = 0; y < block.rows; ++y) {
             const uint8_t* source = reader.row;
             uint8_t* target = writer.row;

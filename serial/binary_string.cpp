@@ -7,7 +7,7 @@
 #include <sys/mman.h>
 #endif
 
-#include "classes/byte_layout.h"
+#include "picture/pixel_words.h"
 #include "classes/byte_shuffle.h"
 #include "picture/editor.h"
 #include "picture/pixel_loop.h"
@@ -42,7 +42,7 @@ shuffle::Control ToStoredShuffle() {
     for (int j = 0; j < 16; ++j) c.from[j] = -1;
     for (int p = 0; p < 4; ++p)
         for (int i = 0; i < In::bytes; ++i) {
-            const int channel = layout::ChannelReadFrom<In>(i);
+            const int channel = pixel::ChannelReadFrom<In>(i);
             if (channel >= 0) c.from[3 * p + channel] = static_cast<int8_t>(In::bytes * p + i);
         }
     return c;
@@ -54,10 +54,10 @@ shuffle::Control FromStoredShuffle() {
     for (int j = 0; j < 16; ++j) c.from[j] = -1;
     for (int p = 0; p < 4; ++p)
         for (int q = 0; q < Out::bytes; ++q) {
-            const int channel = layout::ChannelStoredAt<Out>(q);
+            const int channel = pixel::ChannelStoredAt<Out>(q);
             if (channel >= 0) c.from[Out::bytes * p + q] = static_cast<int8_t>(3 * p + channel);
         }
-    c.fixed = Out::bytes == 4 ? layout::FixedBits<Out>() : 0;
+    c.fixed = Out::bytes == 4 ? pixel::FixedBits<Out>() : 0;
     return c;
 }
 

@@ -6,7 +6,7 @@
 // per format instead of one loop per combination of formats, and array loops that the
 // compiler vectorizes.
 //
-// Words: a 4-byte pixel as one 32-bit word (tone::Word, whose channel positions come
+// Words: a 4-byte pixel as one 32-bit word (pixel::Word, whose channel positions come
 // from the formats' own store), for the common case of reader and writer in the same
 // 4-byte format, where a pixel becomes a few shifts, masks and ors.
 #pragma once
@@ -15,7 +15,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "ops/tone/pixel_words.h"
+#include "picture/pixel_words.h"
 #include "picture/pixel_formats.h"
 #include "picture/pixel_loop.h"
 
@@ -84,7 +84,7 @@ inline void MapColors(PictureReader& reader, PictureWriter& writer, Pixel pixel)
 // word(uint32_t) -> uint32_t.
 template <class F, class WordPixel>
 inline void MapWords(PictureReader& reader, PictureWriter& writer, WordPixel word) {
-    using W = tone::Word<F>;
+    using W = pixel::Word<F>;
     const int32_t width = reader.width;
     WalkRows(reader, writer, [&](const uint8_t* source, uint8_t* target) {
         for (int32_t x = 0; x < width; ++x)

@@ -24,8 +24,8 @@ uint32_t CountMatchingPixels(PictureReader& reader, RGB color) {
             uint32_t matches = 0;
             if constexpr (F::bytes == 4) {
                 // One masked compare of the pixel word: the mask byte plays no part.
-                using W = tone::Word<F>;
-                const uint32_t colorBits = W::colorBits(), wanted = tone::StoredWord<F>(color) & colorBits;
+                using W = pixel::Word<F>;
+                const uint32_t colorBits = W::colorBits(), wanted = pixel::StoredWord<F>(color) & colorBits;
                 for (int32_t x = 0; x < width; ++x)
                     matches += (W::load(pixels + static_cast<ptrdiff_t>(x) * 4) & colorBits) == wanted ? 1 : 0;
             } else {
@@ -92,7 +92,7 @@ constexpr int64_t kPairTablePixels = int64_t(1) << 18;
 
 template <class In>
 struct PairHalf {
-    using I = tone::Word<In>;
+    using I = pixel::Word<In>;
     static bool low(int shift) { return shift < 16; }
     static int shift() {
         return int(low(I::redShift())) + int(low(I::greenShift())) + int(low(I::blueShift())) >= 2 ? 0 : 16;
@@ -116,8 +116,8 @@ COLOR_SCALAR_LOOP void MapTableWords(PictureReader& reader, PictureWriter& write
     const int32_t width = reader.width;
     WalkRows(reader, writer, [&](const uint8_t* source, uint8_t* target) {
         for (int32_t x = 0; x < width; ++x)
-            tone::Word<Out>::store(target + static_cast<ptrdiff_t>(x) * 4,
-                                   pixel(tone::Word<In>::load(source + static_cast<ptrdiff_t>(x) * 4)));
+            pixel::Word<Out>::store(target + static_cast<ptrdiff_t>(x) * 4,
+                                    pixel(pixel::Word<In>::load(source + static_cast<ptrdiff_t>(x) * 4)));
     });
 }
 
@@ -129,8 +129,8 @@ COLOR_SCALAR_LOOP void MapTableColors(PictureReader& reader, PictureWriter& writ
 template <class In, class Out>
 void MapTableRows(PictureReader& reader, PictureWriter& writer, const ChannelTables& t) {
     if constexpr (In::bytes == 4 && Out::bytes == 4) {
-        using I = tone::Word<In>;
-        using O = tone::Word<Out>;
+        using I = pixel::Word<In>;
+        using O = pixel::Word<Out>;
         using H = PairHalf<In>;
         WordTables w;
         for (int v = 0; v < 256; ++v) {

@@ -19,7 +19,7 @@ void MaskToGray(PictureReader& reader, PictureWriter& writer, bool swap) {
             for (int32_t x = 0; x < width; ++x) {
                 const uint8_t v = static_cast<uint8_t>(In::mask(source + static_cast<ptrdiff_t>(x) * In::bytes) ^ flip);
                 if constexpr (Out::bytes == 4)
-                    tone::Word<Out>::store(target + static_cast<ptrdiff_t>(x) * 4, tone::Word<Out>::pack(v, v, v));
+                    pixel::Word<Out>::store(target + static_cast<ptrdiff_t>(x) * 4, pixel::Word<Out>::pack(v, v, v));
                 else
                     Out::store(target + static_cast<ptrdiff_t>(x) * Out::bytes, RGB{v, v, v});
             }

@@ -10,7 +10,7 @@
 // bytes too), then each pixel word gets the writer's mask byte.
 template <class F>
 static void MergeWordRows(PictureReader& source1, PictureReader& source2, PictureWriter& writer) {
-    using W = tone::Word<F>;
+    using W = pixel::Word<F>;
     const uint32_t colorBits = W::colorBits(), fixedBits = W::fixedBits();
     const int32_t width = source1.width;
     for (int32_t y = 0; y < source1.height; ++y) {
@@ -61,7 +61,7 @@ void MergePixels(PictureReader& source1, PictureReader& source2, PictureWriter& 
 
 template <class F>
 static void CombineWordRows(PictureReader& red, PictureReader& green, PictureReader& blue, PictureWriter& writer) {
-    using W = tone::Word<F>;
+    using W = pixel::Word<F>;
     const uint32_t redBits = W::redBits(), greenBits = W::greenBits(), blueBits = W::blueBits();
     const uint32_t fixedBits = W::fixedBits();
     const int32_t width = red.width;

@@ -11,10 +11,10 @@ void ReplaceMatchingPixels(PictureReader& reader, PictureWriter& writer, RGB sea
         using In = decltype(in);
         using Out = decltype(out);
         if constexpr (kSameWordFormat<In, Out>) {
-            using W = tone::Word<Out>;
+            using W = pixel::Word<Out>;
             const uint32_t colorBits = W::colorBits(), fixedBits = W::fixedBits();
-            const uint32_t searchWord = tone::StoredWord<Out>(search) & colorBits;
-            const uint32_t replacementWord = tone::StoredWord<Out>(replacement);
+            const uint32_t searchWord = pixel::StoredWord<Out>(search) & colorBits;
+            const uint32_t replacementWord = pixel::StoredWord<Out>(replacement);
             MapWords<Out>(reader, writer, [&](uint32_t w) {
                 return (w & colorBits) == searchWord ? replacementWord : (w & colorBits) | fixedBits;
             });
@@ -29,10 +29,10 @@ void ExtractMatchingPixels(PictureReader& reader, PictureWriter& writer, RGB sea
         using In = decltype(in);
         using Out = decltype(out);
         if constexpr (kSameWordFormat<In, Out>) {
-            const uint32_t colorBits = tone::Word<Out>::colorBits();
-            const uint32_t searchWord = tone::StoredWord<Out>(search) & colorBits;
-            const uint32_t replacementWord = tone::StoredWord<Out>(replacement);
-            const uint32_t backgroundWord = tone::StoredWord<Out>(background);
+            const uint32_t colorBits = pixel::Word<Out>::colorBits();
+            const uint32_t searchWord = pixel::StoredWord<Out>(search) & colorBits;
+            const uint32_t replacementWord = pixel::StoredWord<Out>(replacement);
+            const uint32_t backgroundWord = pixel::StoredWord<Out>(background);
             MapWords<Out>(reader, writer,
                           [&](uint32_t w) { return (w & colorBits) == searchWord ? replacementWord : backgroundWord; });
         } else {

@@ -79,15 +79,15 @@ namespace {
 template <class Out>
 struct TintEntry {
     static uint32_t make(uint32_t r, uint32_t g, uint32_t b) {
-        if constexpr (Out::bytes == 4) return tone::Word<Out>::pack(r, g, b);
+        if constexpr (Out::bytes == 4) return pixel::Word<Out>::pack(r, g, b);
         else return r | g << 8 | b << 16;
     }
     static uint32_t marker() {
-        if constexpr (Out::bytes == 4) return ~tone::Word<Out>::colorBits() & ~tone::Word<Out>::fixedBits();
+        if constexpr (Out::bytes == 4) return ~pixel::Word<Out>::colorBits() & ~pixel::Word<Out>::fixedBits();
         else return 1u << 31;
     }
     static void store(uint8_t* p, uint32_t entry) {
-        if constexpr (Out::bytes == 4) tone::Word<Out>::store(p, entry);
+        if constexpr (Out::bytes == 4) pixel::Word<Out>::store(p, entry);
         else Out::store(p, RGB{static_cast<uint8_t>(entry), static_cast<uint8_t>(entry >> 8), static_cast<uint8_t>(entry >> 16)});
     }
     static void store(uint8_t* p, RGB c) { store(p, make(c.r, c.g, c.b)); }

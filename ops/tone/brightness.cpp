@@ -4,7 +4,7 @@
 // and then maps the pixels through the three tables.
 #include <cstdint>
 
-#include "ops/tone/pixel_words.h"
+#include "picture/pixel_words.h"
 #include "picture/editor.h"
 #include "picture/pixel_loop.h"
 #include "plugin/errors.h"
@@ -61,7 +61,7 @@ struct WordTables {
 
 template <class Out>
 void WidenTables(const ChannelTables& t, WordTables& w) {
-    using W = tone::Word<Out>;
+    using W = pixel::Word<Out>;
     for (int v = 0; v < 256; ++v) {
         w.red[v] = uint32_t(t.red[v]) << W::redShift();
         w.green[v] = uint32_t(t.green[v]) << W::greenShift();
@@ -77,7 +77,7 @@ constexpr int64_t kPairTablePixels = int64_t(1) << 18;
 // Where the two channels of a 4-byte pixel word lie that share one 16-bit half.
 template <class In>
 struct PairHalf {
-    using I = tone::Word<In>;
+    using I = pixel::Word<In>;
     static bool low(int shift) { return shift < 16; }
     static int shift() {
         return int(low(I::redShift())) + int(low(I::greenShift())) + int(low(I::blueShift())) >= 2 ? 0 : 16;
@@ -90,7 +90,7 @@ struct PairHalf {
 
 template <class In>
 void FillPairTable(const WordTables& w, uint32_t* pairs) {
-    using I = tone::Word<In>;
+    using I = pixel::Word<In>;
     using H = PairHalf<In>;
     for (uint32_t half = 0; half < 65536; ++half) {
         const uint32_t word = half << H::shift();
@@ -101,9 +101,9 @@ void FillPairTable(const WordTables& w, uint32_t* pairs) {
 
 // Maps every row of a 4-byte reader into a 4-byte writer, two pixels per step.
 template <class In, class Out, class Pixel>
-TONE_SCALAR_LOOP void MapWordRows(PictureReader& reader, PictureWriter& writer, Pixel pixel) {
-    using I = tone::Word<In>;
-    using W = tone::Word<Out>;
+PIXEL_SCALAR_LOOP void MapWordRows(PictureReader& reader, PictureWriter& writer, Pixel pixel) {
+    using I = pixel::Word<In>;
+    using W = pixel::Word<Out>;
     const int32_t width = reader.width;
     for (int32_t y = 0; y < reader.height; ++y) {
         const uint8_t* source = reader.row;
@@ -122,7 +122,7 @@ TONE_SCALAR_LOOP void MapWordRows(PictureReader& reader, PictureWriter& writer, 
 
 // Any other pair of formats (3-byte pixels on either side), through load and store.
 template <class In, class Out>
-TONE_SCALAR_LOOP void MapPixelRows(PictureReader& reader, PictureWriter& writer, const ChannelTables& t) {
+PIXEL_SCALAR_LOOP void MapPixelRows(PictureReader& reader, PictureWriter& writer, const ChannelTables& t) {
     for (int32_t y = 0; y < reader.height; ++y) {
         const uint8_t* source = reader.row;
         uint8_t* target = writer.row;
@@ -138,11 +138,11 @@ TONE_SCALAR_LOOP void MapPixelRows(PictureReader& reader, PictureWriter& writer,
 template <class In, class Out>
 void MapRows(PictureReader& reader, PictureWriter& writer, const ChannelTables& t) {
     if constexpr (In::bytes == 4 && Out::bytes == 4) {
-        using I = tone::Word<In>;
+        using I = pixel::Word<In>;
         using H = PairHalf<In>;
         WordTables w;
         WidenTables<Out>(t, w);
-        const uint32_t fixed = tone::Word<Out>::fixedBits();
+        const uint32_t fixed = pixel::Word<Out>::fixedBits();
         uint32_t* pairs = nullptr;
         if (int64_t(reader.width) * reader.height >= kPairTablePixels)
             pairs = static_cast<uint32_t*>(AllocateClearMemory(65536 * sizeof(uint32_t)));

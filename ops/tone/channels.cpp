@@ -2,7 +2,7 @@
 // that comes from the same place of another picture (its top-left part when larger).
 #include <cstdint>
 
-#include "ops/tone/pixel_words.h"
+#include "picture/pixel_words.h"
 #include "picture/editor.h"
 #include "picture/pixel_loop.h"
 #include "plugin/errors.h"
@@ -21,12 +21,12 @@ void ReplaceRows(PictureReader& receiver, PictureReader& channel, PictureWriter&
         const uint8_t* take = channel.row;
         uint8_t* target = writer.row;
         for (int32_t x = 0; x < width; ++x) {
-            tone::Channels c = tone::LoadChannels<Keep>(keep + ptrdiff_t(x) * Keep::bytes);
-            const tone::Channels from = tone::LoadChannels<Take>(take + ptrdiff_t(x) * Take::bytes);
+            pixel::Channels c = pixel::LoadChannels<Keep>(keep + ptrdiff_t(x) * Keep::bytes);
+            const pixel::Channels from = pixel::LoadChannels<Take>(take + ptrdiff_t(x) * Take::bytes);
             if constexpr (which == Channel::Red) c.r = from.r;
             if constexpr (which == Channel::Green) c.g = from.g;
             if constexpr (which == Channel::Blue) c.b = from.b;
-            tone::StoreChannels<Out>(target + ptrdiff_t(x) * Out::bytes, c);
+            pixel::StoreChannels<Out>(target + ptrdiff_t(x) * Out::bytes, c);
         }
         writer.AddPixelRow();
         receiver.AddPixelRow();

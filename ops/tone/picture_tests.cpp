@@ -4,7 +4,7 @@
 // tested at full speed and a failing one stops within the run where it fails.
 #include <cstdint>
 
-#include "ops/tone/pixel_words.h"
+#include "picture/pixel_words.h"
 #include "picture/editor.h"
 #include "picture/pixel_loop.h"
 #include "plugin/operations.h"
@@ -21,7 +21,7 @@ bool EveryPixelPasses(PictureReader& reader, PixelSpan span, Failure failure) {
         for (int32_t x = span.x0; x < span.x1;) {
             const int32_t end = span.x1 - x > kRun ? x + kRun : span.x1;
             uint32_t failed = 0;
-            for (; x < end; ++x) failed |= failure(tone::LoadChannels<F>(row + ptrdiff_t(x) * F::bytes));
+            for (; x < end; ++x) failed |= failure(pixel::LoadChannels<F>(row + ptrdiff_t(x) * F::bytes));
             if (failed) return false;
         }
     }
@@ -48,13 +48,13 @@ signed char TestRectangle(REALpictureStruct* picture, int32_t left, int32_t top,
 }  // namespace
 
 signed char isBlack(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width, int32_t height) {
-    return TestRectangle(picture, left, top, width, height, [](tone::Channels c) { return c.r | c.g | c.b; });
+    return TestRectangle(picture, left, top, width, height, [](pixel::Channels c) { return c.r | c.g | c.b; });
 }
 
 signed char isBlack2(REALpictureStruct* picture) { return isBlack(picture, 0, 0, -1, -1); }
 
 signed char isWhite(REALpictureStruct* picture, int32_t left, int32_t top, int32_t width, int32_t height) {
-    return TestRectangle(picture, left, top, width, height, [](tone::Channels c) { return (c.r & c.g & c.b) ^ 255u; });
+    return TestRectangle(picture, left, top, width, height, [](pixel::Channels c) { return (c.r & c.g & c.b) ^ 255u; });
 }
 
 signed char isWhite2(REALpictureStruct* picture) { return isWhite(picture, 0, 0, -1, -1); }
@@ -68,9 +68,9 @@ signed char isGray(REALpictureStruct* picture, int32_t tolerance, int32_t left, 
     const uint32_t t = static_cast<uint32_t>(size > 255 ? 255 : size);
     if (t == 0) {
         return TestRectangle(picture, left, top, width, height,
-                             [](tone::Channels c) { return uint32_t(c.r != c.g) | uint32_t(c.g != c.b); });
+                             [](pixel::Channels c) { return uint32_t(c.r != c.g) | uint32_t(c.g != c.b); });
     }
-    return TestRectangle(picture, left, top, width, height, [t](tone::Channels c) {
+    return TestRectangle(picture, left, top, width, height, [t](pixel::Channels c) {
         const uint32_t high = c.r > c.g ? (c.r > c.b ? c.r : c.b) : (c.g > c.b ? c.g : c.b);
         const uint32_t low = c.r < c.g ? (c.r < c.b ? c.r : c.b) : (c.g < c.b ? c.g : c.b);
         return uint32_t(high - low > t);

@@ -1,7 +1,7 @@
 // Saturation change and the colorness measure, both in integer arithmetic.
 #include <cstdint>
 
-#include "ops/tone/pixel_words.h"
+#include "picture/pixel_words.h"
 #include "picture/editor.h"
 #include "picture/pixel_loop.h"
 #include "plugin/operations.h"
@@ -32,7 +32,7 @@ void FillSaturationTable(SaturationTable& t, int32_t amount) {
 }
 
 template <class In, class Out>
-TONE_SCALAR_LOOP void SaturateRows(PictureReader& reader, PictureWriter& writer, const SaturationTable& t) {
+PIXEL_SCALAR_LOOP void SaturateRows(PictureReader& reader, PictureWriter& writer, const SaturationTable& t) {
     const int32_t width = reader.width;
     const int32_t height = reader.height;
     for (int32_t y = 0; y < height; ++y) {
@@ -75,7 +75,7 @@ void FillColorTable(ColorTable& table, int32_t threshold) {
 }
 
 template <class In>
-TONE_SCALAR_LOOP uint64_t CountColored(PictureReader& reader, const ColorTable& table) {
+PIXEL_SCALAR_LOOP uint64_t CountColored(PictureReader& reader, const ColorTable& table) {
     uint64_t count = 0;
     for (int32_t y = 0; y < reader.height; ++y) {
         const uint8_t* row = reader.GetRow(y);

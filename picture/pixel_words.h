@@ -1,7 +1,8 @@
-// A 4-byte pixel handled as one 32-bit word, so that row loops become plain shifts,
-// masks and ors that the compiler can vectorize. Where each channel sits in the word
-// is taken from the format's own store (the compiler folds it to constants), so the
-// byte layouts stay in picture/pixel_formats.h. 3-byte pixels go through load/store.
+// A pixel seen as one little-endian 32-bit word, so that row loops become plain
+// shifts, masks and ors (or byte shuffles) that the compiler can vectorize. Where each
+// channel sits in the word is found by asking the format's own load and store (the
+// compiler folds the answers to constants), so the byte layouts stay in
+// picture/pixel_formats.h. 3-byte pixels go through load/store or shuffles.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +13,14 @@
 // For row loops made of table look-ups: vectorized, the look-ups become emulated
 // gathers that run at half the speed of plain loads, so such loops stay scalar.
 #if defined(__GNUC__) && !defined(__clang__)
-#define TONE_SCALAR_LOOP __attribute__((optimize("no-tree-vectorize")))
+#define PIXEL_SCALAR_LOOP __attribute__((optimize("no-tree-vectorize")))
 #else
-#define TONE_SCALAR_LOOP
+#define PIXEL_SCALAR_LOOP
 #endif
 
-namespace tone {
+namespace pixel {
 
-// The word that F::store writes for a color (mask byte included).
+// The bytes F::store writes for a color, as a word (a 3-byte format leaves the top byte 0).
 template <class F>
 inline uint32_t StoredWord(RGB c) {
     uint8_t bytes[4] = {0, 0, 0, 0};
@@ -29,11 +30,43 @@ inline uint32_t StoredWord(RGB c) {
     return word;
 }
 
+// What F::store writes besides the color: the mask byte of the writing rule.
+template <class F>
+inline uint32_t FixedBits() {
+    return StoredWord<F>(RGB{0, 0, 0});
+}
+
+// The bits of a stored word that hold color.
+template <class F>
+inline uint32_t ColorBits() {
+    return StoredWord<F>(RGB{255, 255, 255}) ^ FixedBits<F>();
+}
+
+// Which channel F::store writes into byte `at`: 0 red, 1 green, 2 blue, -1 none.
+template <class F>
+inline int ChannelStoredAt(int at) {
+    const uint32_t fixed = FixedBits<F>();
+    const uint32_t shift = 8u * static_cast<uint32_t>(at);
+    if ((StoredWord<F>(RGB{255, 0, 0}) ^ fixed) >> shift & 255u) return 0;
+    if ((StoredWord<F>(RGB{0, 255, 0}) ^ fixed) >> shift & 255u) return 1;
+    if ((StoredWord<F>(RGB{0, 0, 255}) ^ fixed) >> shift & 255u) return 2;
+    return -1;
+}
+
+// Which channel F::load takes from byte `at` of a pixel: 0 red, 1 green, 2 blue, -1 none.
+template <class F>
+inline int ChannelReadFrom(int at) {
+    uint8_t bytes[4] = {0, 0, 0, 0};
+    bytes[at] = 1;
+    const RGB c = F::load(bytes);
+    return c.r ? 0 : c.g ? 1 : c.b ? 2 : -1;
+}
+
+// A 4-byte pixel as a word: load, store, take apart and put together.
 template <class F>
 struct Word {
     static_assert(F::bytes == 4, "only 4-byte pixels are words");
-    // What every stored pixel carries besides its color: the mask byte of the writing rule.
-    static uint32_t fixedBits() { return StoredWord<F>(RGB{0, 0, 0}); }
+    static uint32_t fixedBits() { return FixedBits<F>(); }
     static uint32_t redBits() { return StoredWord<F>(RGB{255, 0, 0}) ^ fixedBits(); }
     static uint32_t greenBits() { return StoredWord<F>(RGB{0, 255, 0}) ^ fixedBits(); }
     static uint32_t blueBits() { return StoredWord<F>(RGB{0, 0, 255}) ^ fixedBits(); }
@@ -83,4 +116,4 @@ inline void StoreChannels(uint8_t* p, Channels c) {
     }
 }
 
-}  // namespace tone
+}  // namespace pixel
