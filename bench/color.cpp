@@ -34,8 +34,9 @@ void addPictureMethod(const std::string& name, const std::string& declaration, s
 // A benchmark per reader format with its own set-up before the timed loop.
 void addPerFormat(const std::string& name, std::function<void(benchmark::State&, const bench::Format&)> body) {
     for (const bench::Format& format : bench::readerFormats())
-        bench::addBenchmark(name + "/" + format.name, [format, body](benchmark::State& state) { body(state, format); },
-                            kPixels, format.kind);
+        bench::addBenchmark(
+            name + "/" + format.name, [format, body](benchmark::State& state) { body(state, format); }, kPixels,
+            format.kind);
 }
 
 Ref lookupTable(int shift) {
@@ -57,7 +58,8 @@ VQZ_BENCHMARKS(color) {
     addPerFormat("EmbeddedMaskVQZ_set", [](benchmark::State& state, const bench::Format& format) {
         void* mask = bench::secondPicture(format);
         for (auto _ : state)
-            standin::invokeSetter("Picture", kMask, bench::picture(format), {Value::boolean(false)}, Value::picture(mask));
+            standin::invokeSetter("Picture", kMask, bench::picture(format), {Value::boolean(false)},
+                                  Value::picture(mask));
     });
     addPerFormat("MergePictureVQZ", [](benchmark::State& state, const bench::Format& format) {
         void* a = bench::picture(format);
@@ -67,7 +69,8 @@ VQZ_BENCHMARKS(color) {
     addPerFormat("CombinePicturesVQZ", [](benchmark::State& state, const bench::Format& format) {
         void* a = bench::picture(format);
         void* b = bench::secondPicture(format);
-        for (auto _ : state) bench::run("", kCombine, nullptr, {Value::picture(a), Value::picture(b), Value::picture(a)});
+        for (auto _ : state)
+            bench::run("", kCombine, nullptr, {Value::picture(a), Value::picture(b), Value::picture(a)});
     });
     addPictureMethod("CountColorVQZ", kCountColor, {Value::color(0x808080)});
     // The blocks are made once and keep accumulating, as a caller's would.
@@ -80,8 +83,10 @@ VQZ_BENCHMARKS(color) {
         void* picture = bench::picture(format);
         Ref red = lookupTable(1), blue = lookupTable(2), green = lookupTable(3);
         for (auto _ : state)
-            bench::run("Picture", kTransform, picture, {Value::block(red.get()), Value::block(blue.get()), Value::block(green.get())});
+            bench::run("Picture", kTransform, picture,
+                       {Value::block(red.get()), Value::block(blue.get()), Value::block(green.get())});
     });
     addPictureMethod("ReplaceColorVQZ", kReplace, {Value::color(0x808080), Value::color(0x123456)});
-    addPictureMethod("ExtractColorVQZ", kExtract, {Value::color(0x808080), Value::color(0x123456), Value::color(0xFFFFFF)});
+    addPictureMethod("ExtractColorVQZ", kExtract,
+                     {Value::color(0x808080), Value::color(0x123456), Value::color(0xFFFFFF)});
 }

@@ -15,9 +15,9 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "picture/pixel_words.h"
 #include "picture/pixel_formats.h"
 #include "picture/pixel_loop.h"
+#include "picture/pixel_words.h"
 
 constexpr int32_t kChunkPixels = 512;
 
@@ -39,7 +39,8 @@ inline void SplitChannels(const uint8_t* pixels, int32_t count, ChannelChunk& ou
 
 template <class F>
 inline void JoinChannels(uint8_t* pixels, int32_t count, const ChannelChunk& in) {
-    for (int32_t i = 0; i < count; ++i) F::store(pixels + static_cast<ptrdiff_t>(i) * F::bytes, RGB{in.r[i], in.g[i], in.b[i]});
+    for (int32_t i = 0; i < count; ++i)
+        F::store(pixels + static_cast<ptrdiff_t>(i) * F::bytes, RGB{in.r[i], in.g[i], in.b[i]});
 }
 
 // The same, choosing the format once per chunk. `pixels` is the chunk's first pixel.
@@ -93,4 +94,4 @@ inline void MapWords(PictureReader& reader, PictureWriter& writer, WordPixel wor
 }
 
 template <class In, class Out>
-constexpr bool kSameWordFormat = std::is_same_v<In, Out> && In::bytes == 4;
+constexpr bool kSameWordFormat = std::is_same_v<In, Out>&& In::bytes == 4;

@@ -45,7 +45,8 @@ void GrayToMask(PictureEditor& picture, PictureEditor& mask, bool swap) {
                 const uint8_t* values = mask.GetRow(y);
                 for (int32_t x = 0; x < width; ++x) {
                     const uint8_t red = Source::load(values + static_cast<ptrdiff_t>(x) * Source::bytes).r;
-                    Target::setMask(pixels + static_cast<ptrdiff_t>(x) * Target::bytes, static_cast<uint8_t>(red ^ flip));
+                    Target::setMask(pixels + static_cast<ptrdiff_t>(x) * Target::bytes,
+                                    static_cast<uint8_t>(red ^ flip));
                 }
             }
         }

@@ -28,7 +28,8 @@ struct TintFactors {
 TintFactors MakeTintFactors(uint32_t greyBase, uint32_t sepiaBase) {
     const RGB grey = ColorToRGB(greyBase);
     const RGB sepia = ColorToRGB(sepiaBase);
-    return TintFactors{grey.r / 255.0, grey.g / 255.0, grey.b / 255.0, sepia.r / 255.0, sepia.g / 255.0, sepia.b / 255.0};
+    return TintFactors{grey.r / 255.0,  grey.g / 255.0,  grey.b / 255.0,
+                       sepia.r / 255.0, sepia.g / 255.0, sepia.b / 255.0};
 }
 
 // Every factor is at most 1, so a channel is at most 765 before the clamp: the
@@ -79,16 +80,23 @@ namespace {
 template <class Out>
 struct TintEntry {
     static uint32_t make(uint32_t r, uint32_t g, uint32_t b) {
-        if constexpr (Out::bytes == 4) return pixel::Word<Out>::pack(r, g, b);
-        else return r | g << 8 | b << 16;
+        if constexpr (Out::bytes == 4)
+            return pixel::Word<Out>::pack(r, g, b);
+        else
+            return r | g << 8 | b << 16;
     }
     static uint32_t marker() {
-        if constexpr (Out::bytes == 4) return ~pixel::Word<Out>::colorBits() & ~pixel::Word<Out>::fixedBits();
-        else return 1u << 31;
+        if constexpr (Out::bytes == 4)
+            return ~pixel::Word<Out>::colorBits() & ~pixel::Word<Out>::fixedBits();
+        else
+            return 1u << 31;
     }
     static void store(uint8_t* p, uint32_t entry) {
-        if constexpr (Out::bytes == 4) pixel::Word<Out>::store(p, entry);
-        else Out::store(p, RGB{static_cast<uint8_t>(entry), static_cast<uint8_t>(entry >> 8), static_cast<uint8_t>(entry >> 16)});
+        if constexpr (Out::bytes == 4)
+            pixel::Word<Out>::store(p, entry);
+        else
+            Out::store(p, RGB{static_cast<uint8_t>(entry), static_cast<uint8_t>(entry >> 8),
+                              static_cast<uint8_t>(entry >> 16)});
     }
     static void store(uint8_t* p, RGB c) { store(p, make(c.r, c.g, c.b)); }
 };

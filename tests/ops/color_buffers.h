@@ -23,7 +23,9 @@ constexpr int kPadBytes = 7;
 class PixelBuffer {
 public:
     PixelBuffer(int code, int width, int height)
-        : code_(code), width_(width), height_(height),
+        : code_(code),
+          width_(width),
+          height_(height),
           stride_(width * reference::color::bytesPerPixel(code) + kPadBytes),
           bytes_(size_t(stride_) * size_t(height > 0 ? height : 1), kGuard) {}
 
@@ -95,8 +97,7 @@ private:
 // Checks that `out` holds, for every pixel of the reader's area, the writer's bytes for
 // expected(x, y), and that the rest of `out` equals `before` (a copy taken earlier).
 template <class Expected>
-::testing::AssertionResult writtenAs(PixelBuffer& out, PixelBuffer& before, int width, int height,
-                                     Expected expected) {
+::testing::AssertionResult writtenAs(PixelBuffer& out, PixelBuffer& before, int width, int height, Expected expected) {
     int wrong = 0;
     ::testing::Message first;
     for (int y = 0; y < out.height(); ++y) {

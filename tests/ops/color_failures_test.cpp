@@ -44,7 +44,8 @@ Outcome outcomeOf(const Ref& picture) {
 void restorePixels(void* pic, const std::vector<uint8_t>& pixels) {
     const int w = standin::pictureWidth(pic), h = standin::pictureHeight(pic);
     const size_t rowLength = size_t(w) * size_t(standin::bytesPerPixel(pic));
-    for (int y = 0; y < h; ++y) std::copy_n(pixels.begin() + ptrdiff_t(rowLength * size_t(y)), rowLength, standin::pixelAddress(pic, 0, y));
+    for (int y = 0; y < h; ++y)
+        std::copy_n(pixels.begin() + ptrdiff_t(rowLength * size_t(y)), rowLength, standin::pixelAddress(pic, 0, y));
 }
 
 class ColorFailures : public PluginFormatTest {
@@ -63,24 +64,53 @@ protected:
     // The operations on pictures `a` and `b` (same size) and a lookup table block.
     std::vector<Operation> operations(void* a, void* b, void* table) {
         return {
-            {"tint", [=] { return outcomeOf(callGlobalPicture(kTint, {Value::picture(a), Value::color(0x555555), Value::color(0xFF8000)})); }},
+            {"tint",
+             [=] {
+                 return outcomeOf(
+                     callGlobalPicture(kTint, {Value::picture(a), Value::color(0x555555), Value::color(0xFF8000)}));
+             }},
             {"mask getter", [=] { return outcomeOf(callPicture(kMask, a, {Value::boolean(true)})); }, false},
-            {"mask setter", [=] {  // its failure answer is an unchanged picture
+            {"mask setter",
+             [=] {  // its failure answer is an unchanged picture
                  const std::vector<uint8_t> before = rawPixels(a);
                  callSetter("Picture", kMask, a, {Value::boolean(false)}, Value::picture(b));
                  return rawPixels(a) == before ? Outcome{} : Outcome(before.begin(), before.end());
              }},
-            {"merge", [=] { return outcomeOf(callGlobalPicture(kMerge, {Value::picture(a), Value::picture(b)})); }},
-            {"combine", [=] { return outcomeOf(callGlobalPicture(kCombine, {Value::picture(a), Value::picture(b), Value::picture(a)})); }},
-            {"transform", [=] { return outcomeOf(callPicture(kTransform, a, {Value::block(table), Value::block(table), Value::block(table)})); }},
-            {"transform into b", [=] { return outcomeOf(callPicture(kTransform, a, {Value::block(table), Value::block(table), Value::block(table), Value::picture(b)})); }},
-            {"replace", [=] { return outcomeOf(callPicture(kReplace, a, {Value::color(0x102030), Value::color(0xFFFFFF)})); }},
-            {"extract", [=] { return outcomeOf(callPicture(kExtract, a, {Value::color(0x102030), Value::color(1), Value::color(2)})); }},
-            {"count color", [=] {
+            {"merge",
+             [=] {
+                 return outcomeOf(callGlobalPicture(kMerge, {Value::picture(a), Value::picture(b)}));
+             }},
+            {"combine",
+             [=] {
+                 return outcomeOf(
+                     callGlobalPicture(kCombine, {Value::picture(a), Value::picture(b), Value::picture(a)}));
+             }},
+            {"transform",
+             [=] {
+                 return outcomeOf(
+                     callPicture(kTransform, a, {Value::block(table), Value::block(table), Value::block(table)}));
+             }},
+            {"transform into b",
+             [=] {
+                 return outcomeOf(
+                     callPicture(kTransform, a,
+                                 {Value::block(table), Value::block(table), Value::block(table), Value::picture(b)}));
+             }},
+            {"replace",
+             [=] {
+                 return outcomeOf(callPicture(kReplace, a, {Value::color(0x102030), Value::color(0xFFFFFF)}));
+             }},
+            {"extract",
+             [=] {
+                 return outcomeOf(callPicture(kExtract, a, {Value::color(0x102030), Value::color(1), Value::color(2)}));
+             }},
+            {"count color",
+             [=] {
                  const int32_t n = callInt(kCountColor, a, {Value::color(standin::getRGB(a, 2, 2))});
                  return n == 0 ? Outcome{} : Outcome{uint32_t(n)};
              }},
-            {"count colors", [=] {
+            {"count colors",
+             [=] {
                  Ref blocks[3] = {makeBlock(1024), makeBlock(1024), makeBlock(1024)};
                  std::vector<Value> args = {Value::block(blocks[0].get()), Value::block(blocks[1].get()),
                                             Value::block(blocks[2].get()), Value::integer(0)};
@@ -88,7 +118,8 @@ protected:
                  if (args[3].i == -1) return Outcome{};
                  Outcome o = {uint32_t(args[3].i)};
                  for (const Ref& block : blocks)
-                     o.insert(o.end(), standin::memoryBlockData(block.get()), standin::memoryBlockData(block.get()) + 1024);
+                     o.insert(o.end(), standin::memoryBlockData(block.get()),
+                              standin::memoryBlockData(block.get()) + 1024);
                  return o;
              }},
         };
@@ -119,11 +150,14 @@ TEST_P(ColorFailures, EachHostFaultGivesTheFailureAnswerOrTheSameResult) {
         restorePixels(b.get(), pixelsB);
     };
     for (const Operation& op : operations(a.get(), b.get(), table.get())) {
-        for (Fault kind : {Fault::PictureCreation, Fault::DescriptionLock, Fault::PixelLock, Fault::MemoryBlockCreation}) {
+        for (Fault kind :
+             {Fault::PictureCreation, Fault::DescriptionLock, Fault::PixelLock, Fault::MemoryBlockCreation}) {
             const int before = standin::occurrences(kind);
             const Outcome expected = op.run();
             restore();
-            if (op.name != "mask setter" || maskWritable()) ASSERT_FALSE(expected.empty()) << op.name << " fails without a fault";
+            if (op.name != "mask setter" || maskWritable()) {
+                ASSERT_FALSE(expected.empty()) << op.name << " fails without a fault";
+            }
             const int uses = standin::occurrences(kind) - before;
             const std::vector<int> held = holdings(mine);
             for (int n = 1; n <= uses; ++n) {
@@ -132,7 +166,9 @@ TEST_P(ColorFailures, EachHostFaultGivesTheFailureAnswerOrTheSameResult) {
                 const Outcome got = op.run();
                 standin::failNth(kind, 0);
                 restore();
-                if (!got.empty() && op.sameOnEveryPath) EXPECT_EQ(got, expected);
+                if (!got.empty() && op.sameOnEveryPath) {
+                    EXPECT_EQ(got, expected);
+                }
                 EXPECT_EQ(holdings(mine), held);
             }
         }
@@ -175,11 +211,14 @@ TEST_P(ColorFailures, WriterSizeLimits) {
         Ref p = picture(width, 1);
         void* a = p.get();
         const bool fits = width <= 32767;
-        EXPECT_EQ(bool(callGlobalPicture(kTint, {Value::picture(a), Value::color(0xFFFFFF), Value::color(0xFFFFFF)})), fits);
+        EXPECT_EQ(bool(callGlobalPicture(kTint, {Value::picture(a), Value::color(0xFFFFFF), Value::color(0xFFFFFF)})),
+                  fits);
         EXPECT_EQ(bool(callPicture(kMask, a, {Value::boolean(false)})), fits);
         EXPECT_EQ(bool(callGlobalPicture(kMerge, {Value::picture(a), Value::picture(a)})), fits);
         EXPECT_EQ(bool(callGlobalPicture(kCombine, {Value::picture(a), Value::picture(a), Value::picture(a)})), fits);
-        EXPECT_EQ(bool(callPicture(kTransform, a, {Value::block(table.get()), Value::block(table.get()), Value::block(table.get())})), fits);
+        EXPECT_EQ(bool(callPicture(kTransform, a,
+                                   {Value::block(table.get()), Value::block(table.get()), Value::block(table.get())})),
+                  fits);
         EXPECT_EQ(bool(callPicture(kReplace, a, {Value::color(0), Value::color(0)})), fits);
         EXPECT_EQ(bool(callPicture(kExtract, a, {Value::color(0), Value::color(0), Value::color(0)})), fits);
     }

@@ -40,7 +40,8 @@ protected:
     // Runs `kernel(reader, writer)` from a random source into a random target that is
     // `extra` pixels larger each way, and checks the target against `expected(rgb)`.
     template <class Kernel, class Expected>
-    void checkMap(Kernel kernel, Expected expected, int extra = 0, std::vector<Size> sizes = {std::begin(kSizes), std::end(kSizes)}) {
+    void checkMap(Kernel kernel, Expected expected, int extra = 0,
+                  std::vector<Size> sizes = {std::begin(kSizes), std::end(kSizes)}) {
         for (Size size : sizes) {
             SCOPED_TRACE(::testing::Message() << size.width << "x" << size.height);
             PixelBuffer source = randomBuffer(readerCode(), size);
@@ -60,9 +61,14 @@ protected:
 // Both ways of tinting (plain doubles, and the table of the integer brightness with
 // doubles where rounding decides) against the reference.
 TEST_P(ColorKernelPairs, Tint) {
-    const std::vector<std::pair<uint32_t, uint32_t>> colors = {
-        {0x555555, 0xFFFFFF}, {0xFFFFFF, 0xFFFFFF}, {0xFF0000, 0xFF8000}, {0x000000, 0x123456}, {0x4D9619, 0xFFE0B0},
-        {0xAB4D1E3F, 0xFF70420A}, {uint32_t(random()), uint32_t(random())}, {uint32_t(random()), uint32_t(random())}};
+    const std::vector<std::pair<uint32_t, uint32_t>> colors = {{0x555555, 0xFFFFFF},
+                                                               {0xFFFFFF, 0xFFFFFF},
+                                                               {0xFF0000, 0xFF8000},
+                                                               {0x000000, 0x123456},
+                                                               {0x4D9619, 0xFFE0B0},
+                                                               {0xAB4D1E3F, 0xFF70420A},
+                                                               {uint32_t(random()), uint32_t(random())},
+                                                               {uint32_t(random()), uint32_t(random())}};
     for (auto [grey, sepia] : colors) {
         SCOPED_TRACE(::testing::Message() << std::hex << grey << " " << sepia);
         auto expected = [&](uint32_t rgb) { return ref::tint(rgb, grey, sepia); };
@@ -84,10 +90,12 @@ TEST_P(ColorKernelPairs, EmbeddedMaskToGray) {
             source.expose(reader);
             target.expose(writer);
             MaskToGray(reader, writer, swap);
-            EXPECT_TRUE(writtenAs(target, before, size.width, size.height, [&](int x, int y) {
-                const int a = ref::embeddedMask(readerCode(), source.pixel(x, y));
-                return ref::gray(swap ? 255 - a : a);
-            })) << "swap " << swap;
+            EXPECT_TRUE(writtenAs(target, before, size.width, size.height,
+                                  [&](int x, int y) {
+                                      const int a = ref::embeddedMask(readerCode(), source.pixel(x, y));
+                                      return ref::gray(swap ? 255 - a : a);
+                                  }))
+                << "swap " << swap;
         }
     }
 }
@@ -98,7 +106,8 @@ TEST_P(ColorKernelPairs, GrayToEmbeddedMask) {
     const int pictureCode = readerCode(), maskCode = writerCode();
     for (bool swap : {false, true}) {
         for (Size maskSize : {Size{4, 3}, Size{9, 6}, Size{12, 8}}) {
-            SCOPED_TRACE(::testing::Message() << "mask " << maskSize.width << "x" << maskSize.height << " swap " << swap);
+            SCOPED_TRACE(::testing::Message()
+                         << "mask " << maskSize.width << "x" << maskSize.height << " swap " << swap);
             PixelBuffer picture = randomBuffer(pictureCode, Size{9, 6});
             PixelBuffer mask = randomBuffer(maskCode, maskSize);
             PixelBuffer before = picture;
@@ -163,9 +172,10 @@ TEST_P(ColorKernelPairs, Combine) {
             blue.expose(rb);
             target.expose(writer);
             CombinePixels(rr, rg, rb, writer);
-            EXPECT_TRUE(writtenAs(target, before, size.width, size.height, [&](int x, int y) {
-                return ref::combine(red.color(x, y), green.color(x, y), blue.color(x, y));
-            })) << "green code " << greenCode << ", blue code " << blueCode;
+            EXPECT_TRUE(writtenAs(
+                target, before, size.width, size.height,
+                [&](int x, int y) { return ref::combine(red.color(x, y), green.color(x, y), blue.color(x, y)); }))
+                << "green code " << greenCode << ", blue code " << blueCode;
         }
     }
 }
@@ -242,7 +252,8 @@ TEST(ColorKernelTint, TableMatchesReferenceOnEveryColor) {
     PixelBuffer source(13, 4096, 4096), target(13, 4096, 4096);
     for (int y = 0; y < 4096; ++y)
         for (int x = 0; x < 4096; ++x) source.setColor(x, y, uint32_t(y) << 12 | uint32_t(x));
-    for (auto [grey, sepia] : {std::pair{0x555555u, 0xFFFFFFu}, std::pair{0xFFFFFFu, 0x8040C0u}, std::pair{0x4D9619u, 0xFFE0B0u}}) {
+    for (auto [grey, sepia] :
+         {std::pair{0x555555u, 0xFFFFFFu}, std::pair{0xFFFFFFu, 0x8040C0u}, std::pair{0x4D9619u, 0xFFE0B0u}}) {
         PictureReader reader;
         PictureWriter writer;
         source.expose(reader);

@@ -35,11 +35,12 @@ TEST_P(MergeCombineTest, MatchesReferenceOnRandomPictures) {
             c = randomPicture(w, h, uint32_t(random()));
         const Snapshot sa = snapshot(a.get()), sb = snapshot(b.get()), sc = snapshot(c.get());
         Ref merged = merge(a.get(), b.get()), combined = combine(a.get(), b.get(), c.get());
-        EXPECT_TRUE(written(expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::merge(rgb, sb.at(x, y)); }), merged));
+        EXPECT_TRUE(written(expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::merge(rgb, sb.at(x, y)); }),
+                            merged));
         // Red from the first picture, green from the third, blue from the second.
-        EXPECT_TRUE(written(expectedFrom(sa, [&](int x, int y, uint32_t rgb) {
-                                return ref::combine(rgb, sc.at(x, y), sb.at(x, y));
-                            }), combined));
+        EXPECT_TRUE(written(
+            expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::combine(rgb, sc.at(x, y), sb.at(x, y)); }),
+            combined));
         EXPECT_TRUE(samePixels(sa, snapshot(a.get())));
         EXPECT_TRUE(samePixels(sb, snapshot(b.get())));
     }
@@ -103,16 +104,20 @@ TEST_F(MergeMixedDepthsTest, EachSourceIsReadInItsOwnFormat) {
     for (int da : depths) {
         for (int db : depths) {
             SCOPED_TRACE(::testing::Message() << "depths " << da << " and " << db);
-            Ref a = Ref::adopt(standin::newGWorldPicture(9, 4, da)), b = Ref::adopt(standin::newGWorldPicture(9, 4, db));
+            Ref a = Ref::adopt(standin::newGWorldPicture(9, 4, da)),
+                b = Ref::adopt(standin::newGWorldPicture(9, 4, db));
             fillRandom(a.get(), uint32_t(da));
             fillRandom(b.get(), uint32_t(db + 1));
             const Snapshot sa = snapshot(a.get()), sb = snapshot(b.get());
             Ref merged = callGlobalPicture(kMerge, {Value::picture(a.get()), Value::picture(b.get())});
-            Ref combined = callGlobalPicture(kCombine, {Value::picture(b.get()), Value::picture(a.get()), Value::picture(b.get())});
+            Ref combined = callGlobalPicture(
+                kCombine, {Value::picture(b.get()), Value::picture(a.get()), Value::picture(b.get())});
             EXPECT_TRUE(colortest::writtenPicture(
-                expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::merge(rgb, sb.at(x, y)); }), merged.get(), true));
+                expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::merge(rgb, sb.at(x, y)); }),
+                merged.get(), true));
             EXPECT_TRUE(colortest::writtenPicture(
-                expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::combine(sb.at(x, y), sb.at(x, y), rgb); }),
+                expectedFrom(sa,
+                             [&](int x, int y, uint32_t rgb) { return ref::combine(sb.at(x, y), sb.at(x, y), rgb); }),
                 combined.get(), true));
         }
     }

@@ -29,7 +29,8 @@ protected:
         Ref p = randomPicture(w, h, seed);
         std::mt19937 r(seed);
         *repeated = standin::getRGB(p.get(), 0, 0);
-        for (int i = 0; i < w * h / 4; ++i) standin::setRGB(p.get(), int(r() % uint32_t(w)), int(r() % uint32_t(h)), *repeated);
+        for (int i = 0; i < w * h / 4; ++i)
+            standin::setRGB(p.get(), int(r() % uint32_t(w)), int(r() % uint32_t(h)), *repeated);
         return p;
     }
 };
@@ -60,7 +61,8 @@ TEST_P(ReplaceExtractTest, AbsentOrUnchangedColorGivesACopyOrTheBackground) {
     while (ref::countColor(s, absent) != 0) absent += 0x010000;
     EXPECT_TRUE(written(s, replace(p.get(), absent, 0x123456)));
     EXPECT_TRUE(written(s, replace(p.get(), color, color)));
-    EXPECT_TRUE(written(expectedFrom(s, [](int, int, uint32_t) { return 0xABCDEFu; }), extract(p.get(), absent, 0, 0xABCDEF)));
+    EXPECT_TRUE(
+        written(expectedFrom(s, [](int, int, uint32_t) { return 0xABCDEFu; }), extract(p.get(), absent, 0, 0xABCDEF)));
 }
 
 // Exact colors need formats that hold them; the mask byte plays no part in a match.

@@ -26,7 +26,8 @@ class ColorTablesTest : public PluginFormatTest {
 protected:
     // CountColorsVQZ with the three variables (nil or blocks); returns the count.
     int64_t countColors(void* pic, std::vector<Value>& blocks) {
-        std::vector<Value> args = {std::move(blocks[0]), std::move(blocks[1]), std::move(blocks[2]), Value::integer(12345)};
+        std::vector<Value> args = {std::move(blocks[0]), std::move(blocks[1]), std::move(blocks[2]),
+                                   Value::integer(12345)};
         callMethodRef("Picture", kCountColors, pic, args);
         for (size_t i = 0; i < 3; ++i) blocks[i] = std::move(args[i]);
         return int32_t(uint32_t(args[3].i));
@@ -41,7 +42,8 @@ protected:
     // TransformColorsVQZ in the declaration's order: red, blue, green tables.
     Ref transform(void* pic, void* red, void* blue, void* green, void* dest = nullptr) {
         auto block = [](void* b) { return b ? Value::block(b) : Value::nil(); };
-        return callPicture(kTransform, pic, {block(red), block(blue), block(green), dest ? Value::picture(dest) : Value::nil()});
+        return callPicture(kTransform, pic,
+                           {block(red), block(blue), block(green), dest ? Value::picture(dest) : Value::nil()});
     }
     uint8_t identity[256], random[3][256];
     void SetUp() override {
@@ -85,7 +87,9 @@ TEST_P(ColorTablesExampleTest, CountColorsCreatesBlocksAndAccumulates) {
             ASSERT_EQ(entry(blocks[1].ref.get(), i), i == 20 ? 6u * round : 0u) << "second block (green) entry " << i;
             ASSERT_EQ(entry(blocks[2].ref.get(), i), i == 30 ? 6u * round : 0u) << "third block (blue) entry " << i;
         }
-        if (round == 1) EXPECT_EQ(countColors(p.get(), blocks), 6);
+        if (round == 1) {
+            EXPECT_EQ(countColors(p.get(), blocks), 6);
+        }
     }
 }
 
@@ -96,10 +100,12 @@ TEST_P(ColorTablesTest, CountColorsAddsToWhatTheBlocksHold) {
     Ref blocks[3] = {makeBlock(1024), makeBlock(1030), makeBlock(1024)};
     uint32_t initial[3][256];
     for (int b = 0; b < 3; ++b) {
-        for (int i = 0; i < 256; ++i) initial[b][i] = i % 5 == 0 ? 0xFFFFFFFFu - uint32_t(i) : uint32_t(r());  // some wrap
+        for (int i = 0; i < 256; ++i)
+            initial[b][i] = i % 5 == 0 ? 0xFFFFFFFFu - uint32_t(i) : uint32_t(r());  // some wrap
         std::memcpy(standin::memoryBlockData(blocks[b].get()), initial[b], 1024);
     }
-    std::vector<Value> values = {Value::block(blocks[0].get()), Value::block(blocks[1].get()), Value::block(blocks[2].get())};
+    std::vector<Value> values = {Value::block(blocks[0].get()), Value::block(blocks[1].get()),
+                                 Value::block(blocks[2].get())};
     EXPECT_EQ(countColors(p.get(), values), 37 * 11);
     EXPECT_EQ(values[1].ref.get(), blocks[1].get()) << "a given block is kept";
     for (int i = 0; i < 256; ++i) {
@@ -124,10 +130,12 @@ TEST_P(ColorTablesTest, CountColorsRefusesShortBlocks) {
     for (int shortOne = 0; shortOne < 3; ++shortOne) {
         Ref blocks[3] = {makeBlock(1024), makeBlock(1024), makeBlock(1024)};
         blocks[shortOne] = makeBlock(shortOne == 1 ? 0 : 1023);
-        std::vector<Value> values = {Value::block(blocks[0].get()), Value::block(blocks[1].get()), Value::block(blocks[2].get())};
+        std::vector<Value> values = {Value::block(blocks[0].get()), Value::block(blocks[1].get()),
+                                     Value::block(blocks[2].get())};
         EXPECT_EQ(countColors(p.get(), values), -1);
         for (const Ref& b : blocks)
-            for (int i = 0; i < standin::memoryBlockSize(b.get()); ++i) ASSERT_EQ(standin::memoryBlockData(b.get())[i], 0);
+            for (int i = 0; i < standin::memoryBlockSize(b.get()); ++i)
+                ASSERT_EQ(standin::memoryBlockData(b.get())[i], 0);
     }
 }
 
@@ -161,9 +169,11 @@ TEST_P(ColorTablesTest, TransformIdentityAndZeroRed) {
     uint8_t zeros[256] = {};
     Ref id = table(identity), zero = table(zeros);
     const Snapshot s = snapshot(p.get());
-    EXPECT_TRUE(colortest::writtenPicture(s, transform(p.get(), id.get(), id.get(), id.get()).get(), format().desktop()));
+    EXPECT_TRUE(
+        colortest::writtenPicture(s, transform(p.get(), id.get(), id.get(), id.get()).get(), format().desktop()));
     EXPECT_TRUE(colortest::writtenPicture(expectedFrom(s, [](int, int, uint32_t rgb) { return rgb & 0x00FFFF; }),
-                                          transform(p.get(), zero.get(), id.get(), id.get()).get(), format().desktop()));
+                                          transform(p.get(), zero.get(), id.get(), id.get()).get(),
+                                          format().desktop()));
 }
 
 TEST_P(ColorTablesTest, TransformRaisesForNilArgumentsInOrder) {
@@ -214,9 +224,10 @@ TEST_P(ColorTablesTest, TransformIntoADestination) {
     const Snapshot largerBefore = snapshot(larger.get());
     out = transform(p.get(), red.get(), id.get(), id.get(), larger.get());
     EXPECT_EQ(out.get(), larger.get());
-    EXPECT_TRUE(samePixels(expectedFrom(largerBefore, [&](int x, int y, uint32_t rgb) {
-                               return x < 6 && y < 5 ? mapped(s.at(x, y)) : rgb;
-                           }), snapshot(larger.get())));
+    EXPECT_TRUE(
+        samePixels(expectedFrom(largerBefore,
+                                [&](int x, int y, uint32_t rgb) { return x < 6 && y < 5 ? mapped(s.at(x, y)) : rgb; }),
+                   snapshot(larger.get())));
 
     Ref narrower = makeHostPicture(5, 5);
     fillRandom(narrower.get(), 17);
@@ -225,11 +236,13 @@ TEST_P(ColorTablesTest, TransformIntoADestination) {
     ASSERT_TRUE(out);
     EXPECT_NE(out.get(), narrower.get());
     EXPECT_EQ(rawPixels(narrower.get()), narrowerBefore);
-    EXPECT_TRUE(colortest::writtenPicture(expectedFrom(s, [&](int, int, uint32_t rgb) { return mapped(rgb); }), out.get(),
-                                          format().desktop()));
+    EXPECT_TRUE(colortest::writtenPicture(expectedFrom(s, [&](int, int, uint32_t rgb) { return mapped(rgb); }),
+                                          out.get(), format().desktop()));
 
     out = transform(p.get(), red.get(), id.get(), id.get(), p.get());  // in place
-    if (format().code() != 0) EXPECT_EQ(out.get(), p.get());
+    if (format().code() != 0) {
+        EXPECT_EQ(out.get(), p.get());
+    }
     EXPECT_TRUE(samePixels(expectedFrom(s, [&](int, int, uint32_t rgb) { return mapped(rgb); }), snapshot(out.get())));
 }
 
@@ -245,16 +258,20 @@ TEST_F(TransformDepthsTest, DestinationOfEachDepth) {
     for (int sourceDepth : {32, 24, 16, 8}) {
         for (int destDepth : {32, 24, 16}) {
             SCOPED_TRACE(::testing::Message() << "source depth " << sourceDepth << ", destination depth " << destDepth);
-            Ref p = Ref::adopt(standin::newGWorldPicture(7, 3, sourceDepth)), dest = Ref::adopt(standin::newGWorldPicture(7, 4, destDepth));
+            Ref p = Ref::adopt(standin::newGWorldPicture(7, 3, sourceDepth)),
+                dest = Ref::adopt(standin::newGWorldPicture(7, 4, destDepth));
             fillRandom(p.get(), uint32_t(sourceDepth));
             const Snapshot s = snapshot(p.get()), destBefore = snapshot(dest.get());
-            Ref out = callPicture(kTransform, p.get(), {Value::block(t.get()), Value::block(t.get()), Value::block(t.get()), Value::picture(dest.get())});
+            Ref out = callPicture(
+                kTransform, p.get(),
+                {Value::block(t.get()), Value::block(t.get()), Value::block(t.get()), Value::picture(dest.get())});
             ASSERT_TRUE(out);
             EXPECT_EQ(out.get() == dest.get(), destDepth != 16);
             const Snapshot got = snapshot(out.get());
             for (int y = 0; y < got.height; ++y)
                 for (int x = 0; x < 7; ++x)
-                    ASSERT_EQ(got.at(x, y), y < 3 ? ref::transform(s.at(x, y), entries, entries, entries) : destBefore.at(x, y));
+                    ASSERT_EQ(got.at(x, y),
+                              y < 3 ? ref::transform(s.at(x, y), entries, entries, entries) : destBefore.at(x, y));
             EXPECT_TRUE(standin::guardsIntact(out.get()));
         }
     }

@@ -23,9 +23,12 @@ inline int bytesPerPixel(int code) { return code == 12 ? 3 : 4; }
 
 inline uint32_t decode(int code, const uint8_t* p) {
     switch (code) {
-        case 13: return rgbOf(p[1], p[2], p[3]);
-        case 12: return rgbOf(p[0], p[1], p[2]);
-        default: return rgbOf(p[2], p[1], p[0]);
+        case 13:
+            return rgbOf(p[1], p[2], p[3]);
+        case 12:
+            return rgbOf(p[0], p[1], p[2]);
+        default:
+            return rgbOf(p[2], p[1], p[0]);
     }
 }
 
@@ -33,9 +36,12 @@ inline uint32_t decode(int code, const uint8_t* p) {
 inline std::array<uint8_t, 4> encode(int code, uint32_t rgb) {
     const uint8_t r = uint8_t(redOf(rgb)), g = uint8_t(greenOf(rgb)), b = uint8_t(blueOf(rgb));
     switch (code) {
-        case 13: return {255, r, g, b};
-        case 12: return {r, g, b, 0};
-        default: return {b, g, r, 0};
+        case 13:
+            return {255, r, g, b};
+        case 12:
+            return {r, g, b, 0};
+        default:
+            return {b, g, r, 0};
     }
 }
 
@@ -43,9 +49,12 @@ inline std::array<uint8_t, 4> encode(int code, uint32_t rgb) {
 // byte A read as (2A + (A and 1)) mod 256.
 inline uint8_t embeddedMask(int code, const uint8_t* p) {
     switch (code) {
-        case 13: return p[0];
-        case 12: return 255;
-        default: return uint8_t((2 * p[3] + (p[3] & 1)) % 256);
+        case 13:
+            return p[0];
+        case 12:
+            return 255;
+        default:
+            return uint8_t((2 * p[3] + (p[3] & 1)) % 256);
     }
 }
 
