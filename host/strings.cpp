@@ -4,6 +4,7 @@
 // length and refCount mirrors the references.
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <unordered_map>
 
 #include "host/encodings.h"
@@ -18,34 +19,38 @@ constexpr size_t kTrailingZeros = 4;  // enough to end UTF-16 and UTF-32 text to
 
 struct HostString : Object {
     static constexpr ObjectKind kKind = ObjectKind::String;
-    HostString(const std::string& text, uint32_t enc) : Object(kKind), bytes(text), encoding(enc) {
+    // One copy of the text: a length byte, the text, then zero bytes.
+    HostString(const char* text, size_t size, uint32_t enc) : Object(kKind), length(size), encoding(enc) {
         handle = &header;
-        buffer.assign(1 + bytes.size() + kTrailingZeros, 0);
-        buffer[0] = char(bytes.size() < 255 ? bytes.size() : 255);
-        if (!bytes.empty()) std::memcpy(buffer.data() + 1, bytes.data(), bytes.size());
-        header.storage = buffer.data();
-        header.length = int32_t(bytes.size());
+        buffer.reset(new char[1 + size + kTrailingZeros]);
+        buffer[0] = char(size < 255 ? size : 255);
+        if (size) std::memcpy(buffer.get() + 1, text, size);
+        std::memset(buffer.get() + 1 + size, 0, kTrailingZeros);
+        header.storage = buffer.get();
+        header.length = int32_t(size);
     }
     OldHostString header{};
-    std::string bytes;
-    std::vector<char> buffer;
+    std::unique_ptr<char[]> buffer;
+    size_t length;
     uint32_t encoding;
+
+    const char* data() const { return buffer ? buffer.get() + 1 : ""; }
+    std::string bytes() const { return std::string(data(), length); }
 
     void onRefsChanged() override { header.refCount = refs; }
     void dispose() override {
         header.storage = nullptr;
         header.length = 0;
-        std::vector<char>().swap(buffer);
-        std::string().swap(bytes);
+        buffer.reset();
+        length = 0;
     }
     std::string describe() const override {
-        std::string shown = bytes.substr(0, 24);
+        std::string shown(data(), length < 24 ? length : 24);
         for (char& c : shown)
             if (static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) >= 0x7F) c = '.';
         char enc[16];
         std::snprintf(enc, sizeof enc, "0x%X", encoding);
-        return std::to_string(bytes.size()) + " bytes, encoding " + enc + ", \"" + shown +
-               (bytes.size() > 24 ? "...\"" : "\"");
+        return std::to_string(length) + " bytes, encoding " + enc + ", \"" + shown + (length > 24 ? "...\"" : "\"");
     }
 };
 
@@ -59,9 +64,10 @@ StringState& state() {
 
 HostString* str(const void* handle, const char* who) { return lookupAs<HostString>(handle, who); }
 
-void* makeString(const std::string& bytes, uint32_t encoding) {
-    return registerObject(std::make_unique<HostString>(bytes, encoding))->handle;
+void* makeString(const char* bytes, size_t size, uint32_t encoding) {
+    return registerObject(std::make_unique<HostString>(bytes, size, encoding))->handle;
 }
+void* makeString(const std::string& bytes, uint32_t encoding) { return makeString(bytes.data(), bytes.size(), encoding); }
 
 }  // namespace
 
@@ -79,7 +85,7 @@ void* newString(const std::string& bytes, uint32_t encoding) { return makeString
 
 std::string stringBytes(void* string) {
     HostString* s = str(string, "stringBytes");
-    return s ? s->bytes : std::string();
+    return s ? s->bytes() : std::string();
 }
 
 uint32_t stringEncoding(void* string) {
@@ -90,7 +96,7 @@ uint32_t stringEncoding(void* string) {
 std::string stringUTF8(void* string) {
     HostString* s = str(string, "stringUTF8");
     std::string out;
-    if (s && !convertText(s->bytes, s->encoding, kEncodingUTF8, out)) out = s->bytes;
+    if (s && !convertText(s->bytes(), s->encoding, kEncodingUTF8, out)) out = s->bytes();
     return out;
 }
 
@@ -110,7 +116,7 @@ REALstringStruct* REALBuildString(const char* bytes, int32_t length) {
     if (faultHits(Fault::StringCreation)) return nullptr;
     if (length < 0 || (!bytes && length > 0)) return nullptr;
     return static_cast<REALstringStruct*>(
-        makeString(std::string(bytes ? bytes : "", size_t(length)), kEncodingAsStored));
+        makeString(bytes ? bytes : "", size_t(length), kEncodingAsStored));
 }
 
 uint32_t REALGetStringEncoding(REALstringStruct* string) {
@@ -126,21 +132,25 @@ REALstringStruct* REALConvertString(REALstringStruct* string, uint32_t encoding)
     HostString* s = str(string, "REALConvertString");
     if (faultHits(Fault::StringCreation) || !s) return nullptr;
     std::string out;
-    if (!convertText(s->bytes, s->encoding, encoding, out)) return nullptr;
+    if (!convertText(s->bytes(), s->encoding, encoding, out)) return nullptr;
     return static_cast<REALstringStruct*>(makeString(out, encoding));
 }
 
 uint8_t PluginGetStringData(REALstringStruct* string, uint32_t encoding, REALstringData* out) {
     HostString* s = str(string, "PluginGetStringData");
     if (!s || !out) return 0;
-    std::string bytes;
-    if (!convertText(s->bytes, s->encoding, encoding, bytes)) return 0;
-    auto* copy = static_cast<char*>(std::malloc(bytes.size() + kTrailingZeros));
+    // The bytes as stored need no conversion (and no second copy).
+    std::string converted;
+    const bool asStored = encoding == kEncodingAsStored || encoding == s->encoding;
+    if (!asStored && !convertText(s->bytes(), s->encoding, encoding, converted)) return 0;
+    const char* bytes = asStored ? s->data() : converted.data();
+    const size_t size = asStored ? s->length : converted.size();
+    auto* copy = static_cast<char*>(std::malloc(size + kTrailingZeros));
     if (!copy) return 0;
-    if (!bytes.empty()) std::memcpy(copy, bytes.data(), bytes.size());
-    std::memset(copy + bytes.size(), 0, kTrailingZeros);
+    if (size) std::memcpy(copy, bytes, size);
+    std::memset(copy + size, 0, kTrailingZeros);
     out->data = copy;
-    out->length = int32_t(bytes.size());
+    out->length = int32_t(size);
     out->encoding = encoding;
     state().data[copy] = out->length;
     return 1;
@@ -161,12 +171,12 @@ void PluginDisposeStringData(REALstringData* data) {
 
 const char* StringGetCString(REALstringStruct* string) {
     HostString* s = str(string, "StringGetCString");
-    return s ? s->buffer.data() + 1 : nullptr;
+    return s ? s->data() : nullptr;
 }
 
 int32_t LenB(REALstringStruct* string) {
     HostString* s = str(string, "LenB");
-    return s ? int32_t(s->bytes.size()) : 0;
+    return s ? int32_t(s->length) : 0;
 }
 
 }  // namespace entry
