@@ -1,6 +1,7 @@
 // Class registration, instances and their properties; exceptions; application kind.
 #include <cstddef>
 #include <cstring>
+#include <tuple>
 
 #include "tests/host/host_fixture.h"
 
@@ -9,66 +10,57 @@ namespace {
 
 // A small plugin class, written the way a plugin writes one.
 struct WidgetData {
-    REALpictureStruct* picture;
+    Pic picture;
     int32_t count;
-    double ratio;
-    double hidden;
+    double ratio, hidden;
 };
-
-REALclassDefinition gWidgetClass;  // filled in by the fixture; the host writes word 4
+REALclassDefinition gWidgetClass;  // registered by the fixture; the host writes word 4
 int gConstructed = 0, gDestroyed = 0;
 WidgetData gSeenAtConstruction;
 
-WidgetData* dataOf(REALobjectStruct* instance) {
-    return reinterpret_cast<WidgetData*>(reinterpret_cast<char*>(instance) + gWidgetClass.forSystemUse);
-}
-void widgetConstructor(REALobjectStruct* self) {
+WidgetData* dataOf(void* o) { return reinterpret_cast<WidgetData*>(static_cast<char*>(o) + gWidgetClass.forSystemUse); }
+void widgetConstructor(Obj self) {
     ++gConstructed;
     gSeenAtConstruction = *dataOf(self);
     dataOf(self)->ratio = 0.5;
 }
-void widgetDestructor(REALobjectStruct* self) {
+void widgetDestructor(Obj self) {
     ++gDestroyed;
-    WidgetData* d = dataOf(self);
-    if (d->picture) release(d->picture);
-    d->picture = nullptr;
+    if (dataOf(self)->picture) release(dataOf(self)->picture);
 }
-double getHidden(REALobjectStruct* self, intptr_t param) { return dataOf(self)->hidden + double(param); }
-void setHidden(REALobjectStruct* self, intptr_t param, double v) { dataOf(self)->hidden = v * 2; }
+double getHidden(Obj self, intptr_t param) { return dataOf(self)->hidden + double(param); }
+void setHidden(Obj self, intptr_t, double v) { dataOf(self)->hidden = v * 2; }
 
-REALproc direct() { return reinterpret_cast<REALproc>(kDirectAccess); }
+const REALproc kDirect = reinterpret_cast<REALproc>(kDirectAccess);
+REALproperty gWidgetProperties[] = {
+    {nullptr, "Picture", "Picture", 0, kDirect, kDirect, offsetof(WidgetData, picture), 0, 0, 0},
+    {nullptr, "Count", "Integer", 0, kDirect, kDirect, offsetof(WidgetData, count), 0, 0, 0},
+    {nullptr, "Ratio", "Double", 0, kDirect, kDirect, offsetof(WidgetData, ratio), 0, 0, 0},
+    {nullptr, "Hidden", "Double", 0, REALproc(&getHidden), REALproc(&setHidden), 1, 0, 0, 0},  // accessors
+};
 
-REALproperty gWidgetProperties[4];
+PropValue integerValue(int64_t i) { return PropValue{PropValue::Integer, i, 0, nullptr}; }
+PropValue doubleValue(double d) { return PropValue{PropValue::Double, 0, d, nullptr}; }
+PropValue handleValue(void* h) { return PropValue{PropValue::Handle, 0, 0, h}; }
 
 class ClassesTest : public HostTest {
 protected:
     void SetUp() override {
         HostTest::SetUp();
         gConstructed = gDestroyed = 0;
-        gWidgetProperties[0] = {nullptr, "Picture", "Picture", 0, direct(), direct(), offsetof(WidgetData, picture), 0, 0, 0};
-        gWidgetProperties[1] = {nullptr, "Count", "Integer", 0, direct(), direct(), offsetof(WidgetData, count), 0, 0, 0};
-        gWidgetProperties[2] = {nullptr, "Ratio", "Double", 0, direct(), direct(), offsetof(WidgetData, ratio), 0, 0, 0};
-        gWidgetProperties[3] = {nullptr, "Hidden", "Double", 0, reinterpret_cast<REALproc>(&getHidden),
-                                reinterpret_cast<REALproc>(&setHidden), 1, 0, 0, 0};
-        gWidgetClass = REALclassDefinition{};
-        gWidgetClass.version = 9;
-        gWidgetClass.name = "WidgetVQZ";
-        gWidgetClass.dataSize = sizeof(WidgetData);
-        gWidgetClass.constructor = reinterpret_cast<REALproc>(&widgetConstructor);
-        gWidgetClass.destructor = reinterpret_cast<REALproc>(&widgetDestructor);
-        gWidgetClass.properties = gWidgetProperties;
-        gWidgetClass.propertyCount = 4;
+        gWidgetClass = {9, "WidgetVQZ", nullptr, sizeof(WidgetData), 0, REALproc(&widgetConstructor),
+                        REALproc(&widgetDestructor), gWidgetProperties, 4, nullptr, 0, {}, 0, nullptr, 0, nullptr, 0};
         api.registerClass(&gWidgetClass);
     }
 };
 
-TEST_F(ClassesTest, RegistrationWritesTheInstanceDataOffset) {
+TEST_F(ClassesTest, RegistrationAndInstanceLifetime) {
     EXPECT_NE(gWidgetClass.forSystemUse, 0u);
     EXPECT_EQ(gWidgetClass.forSystemUse % 16, 0u);
     EXPECT_EQ(findClass("WidgetVQZ"), &gWidgetClass);
     EXPECT_NE(api.objectType("WidgetVQZ"), nullptr);
     EXPECT_EQ(api.objectType("GadgetVQZ"), nullptr);
-
+    EXPECT_EQ(api.newInstance("GadgetVQZ"), nullptr);
     static REALclassDefinition extension{};
     extension.version = 9;
     extension.name = "Picture";
@@ -78,18 +70,15 @@ TEST_F(ClassesTest, RegistrationWritesTheInstanceDataOffset) {
     api.registerMethod(&m2);
     ASSERT_EQ(registeredClasses().size(), 2u);
     EXPECT_TRUE(registeredClasses()[1].extension);
-    EXPECT_EQ(extension.forSystemUse, 0u);
-    ASSERT_EQ(registeredGlobalMethods().size(), 2u);
-    EXPECT_EQ(registeredGlobalMethods()[1], &m2);
-}
+    EXPECT_EQ(extension.forSystemUse, 0u);  // extensions have no instance data
+    EXPECT_EQ(registeredGlobalMethods(), (std::vector<REALmethodDefinition*>{&m1, &m2}));
 
-TEST_F(ClassesTest, InstancesAreZeroFilledConstructedAndDestroyed) {
-    REALobjectStruct* w = api.newInstance("WidgetVQZ");
+    // Zero-filled data at the written offset, then the constructor; the destructor at the last release.
+    Obj w = api.newInstance("WidgetVQZ");
     ASSERT_NE(w, nullptr);
-    EXPECT_EQ(gConstructed, 1);
-    EXPECT_EQ(gSeenAtConstruction.picture, nullptr);
-    EXPECT_EQ(gSeenAtConstruction.count, 0);
-    EXPECT_EQ(gSeenAtConstruction.ratio, 0.0);
+    EXPECT_EQ(std::make_tuple(gConstructed, gSeenAtConstruction.picture, gSeenAtConstruction.count,
+                              gSeenAtConstruction.ratio),
+              std::make_tuple(1, Pic(nullptr), 0, 0.0));
     EXPECT_EQ(instanceData(w), static_cast<void*>(dataOf(w)));
     EXPECT_STREQ(className(w), "WidgetVQZ");
     api.lockObject(w);
@@ -97,70 +86,44 @@ TEST_F(ClassesTest, InstancesAreZeroFilledConstructedAndDestroyed) {
     EXPECT_EQ(gDestroyed, 0);
     api.unlockObject(w);
     EXPECT_EQ(gDestroyed, 1);
-    EXPECT_EQ(api.newInstance("GadgetVQZ"), nullptr);
 }
 
 TEST_F(ClassesTest, DirectAndAccessorProperties) {
     Ref w = Ref::adopt(newInstance("WidgetVQZ"));
     PropValue v;
     ASSERT_TRUE(getProperty(w.get(), "Ratio", v));
-    EXPECT_EQ(v.type, PropValue::Double);
-    EXPECT_EQ(v.d, 0.5);
-
-    PropValue n;
-    n.type = PropValue::Integer;
-    n.i = -7;
-    EXPECT_TRUE(setProperty(w.get(), "count", n));  // names are case-insensitive
-    EXPECT_EQ(dataOf(w.obj())->count, -7);
-    EXPECT_TRUE(api.setPropInt(w.obj(), "Count", 12));
+    EXPECT_EQ(std::make_pair(v.type, v.d), std::make_pair(PropValue::Double, 0.5));
+    EXPECT_TRUE(setProperty(w.get(), "count", integerValue(-7)));  // names are case-insensitive
+    EXPECT_EQ(dataOf(w.get())->count, -7);
     int32_t count = 0;
-    EXPECT_TRUE(api.getPropInt(w.obj(), "Count", &count));
+    EXPECT_TRUE(api.setPropInt(w.obj(), "Count", 12) && api.getPropInt(w.obj(), "Count", &count));
     EXPECT_EQ(count, 12);
-
-    PropValue d;
-    d.type = PropValue::Double;
-    d.d = 1.25;
-    EXPECT_TRUE(setProperty(w.get(), "Hidden", d));
-    EXPECT_EQ(dataOf(w.obj())->hidden, 2.5);
+    EXPECT_TRUE(setProperty(w.get(), "Hidden", doubleValue(1.25)));
+    EXPECT_EQ(dataOf(w.get())->hidden, 2.5);
     ASSERT_TRUE(getProperty(w.get(), "Hidden", v));
     EXPECT_EQ(v.d, 3.5);  // the getter adds the record's parameter, 1
-
     EXPECT_FALSE(getProperty(w.get(), "Missing", v));
-    EXPECT_FALSE(setProperty(w.get(), "Count", d));  // a double does not go into an integer
-}
+    EXPECT_FALSE(setProperty(w.get(), "Count", doubleValue(1.25)));  // a double does not go into an integer
 
-TEST_F(ClassesTest, PicturePropertiesHoldReferences) {
-    Ref w = Ref::adopt(newInstance("WidgetVQZ"));
-    Ref a = Ref::adopt(api.newPicture(2, 2, 32));
-    Ref b = Ref::adopt(api.newPicture(3, 3, 32));
-    PropValue v;
-    v.type = PropValue::Handle;
-    v.h = a.get();
-    EXPECT_TRUE(setProperty(w.get(), "Picture", v));
-    EXPECT_EQ(refCount(a.get()), 2);
-    EXPECT_EQ(dataOf(w.obj())->picture, a.pic());
-    v.h = b.get();
-    EXPECT_TRUE(setProperty(w.get(), "Picture", v));
-    EXPECT_EQ(refCount(a.get()), 1);
-    EXPECT_EQ(refCount(b.get()), 2);
-
-    PropValue got;
-    ASSERT_TRUE(getProperty(w.get(), "Picture", got));
-    EXPECT_EQ(got.h, b.get());
-    EXPECT_EQ(refCount(b.get()), 3);  // reading hands out a reference
-    release(got.h);
-
+    // An object property holds a reference to its value.
+    Ref a = Ref::adopt(api.newPicture(2, 2, 32)), b = Ref::adopt(api.newPicture(3, 3, 32));
+    EXPECT_TRUE(setProperty(w.get(), "Picture", handleValue(a.get())));
+    EXPECT_EQ(std::make_pair(refCount(a.get()), dataOf(w.get())->picture), std::make_pair(2, a.pic()));
+    EXPECT_TRUE(setProperty(w.get(), "Picture", handleValue(b.get())));
+    EXPECT_EQ(std::make_pair(refCount(a.get()), refCount(b.get())), std::make_pair(1, 2));
+    ASSERT_TRUE(getProperty(w.get(), "Picture", v));
+    EXPECT_EQ(std::make_pair(v.h, refCount(b.get())), std::make_pair(b.get(), 3));  // reading hands out a reference
+    release(v.h);
     Ref s = Ref::adopt(newString("x", kEncodingASCII));
-    v.h = s.get();
-    EXPECT_FALSE(setProperty(w.get(), "Picture", v));  // a string is no picture
+    EXPECT_FALSE(setProperty(w.get(), "Picture", handleValue(s.get())));  // a string is no picture
     w = Ref();  // the destructor drops the picture
     EXPECT_EQ(refCount(b.get()), 1);
 }
 
 TEST_F(ClassesTest, ExceptionsCarryAMessageAndRaiseOnce) {
-    REALobjectStruct* e = api.newInstance("NilObjectException");
+    Obj e = api.newInstance("NilObjectException");
     ASSERT_NE(e, nullptr);
-    REALstringStruct* m = api.buildString("memoryblock is nil", 18);
+    Str m = api.buildString("memoryblock is nil", 18);
     api.setEncoding(m, kEncodingASCII);
     EXPECT_TRUE(api.setPropString(e, "Message", m));
     api.unlockString(m);
@@ -168,39 +131,30 @@ TEST_F(ClassesTest, ExceptionsCarryAMessageAndRaiseOnce) {
     api.raise(e);
     api.unlockObject(e);
     EXPECT_EQ(ledger().liveObjects, 2);  // the pending exception and its message
-
     PendingException p = takeException();
-    EXPECT_EQ(p.className, "NilObjectException");
-    EXPECT_TRUE(p.hasMessage);
-    EXPECT_EQ(p.message, "memoryblock is nil");
+    EXPECT_EQ(std::tie(p.className, p.hasMessage, p.message),
+              std::make_tuple("NilObjectException", true, "memoryblock is nil"));
     EXPECT_EQ(ledger().liveObjects, 0);
     EXPECT_EQ(takeException().className, "");
 
     // A second raise replaces the first; a nil message stays nil.
-    REALobjectStruct* first = api.newInstance("RuntimeException");
-    REALobjectStruct* second = api.newInstance("RuntimeException");
+    Obj first = api.newInstance("RuntimeException"), second = api.newInstance("RuntimeException");
     EXPECT_TRUE(api.setPropString(second, "Message", nullptr));
-    api.raise(first);
-    api.raise(second);
-    api.unlockObject(first);
-    api.unlockObject(second);
+    for (Obj x : {first, second}) api.raise(x);
+    for (Obj x : {first, second}) api.unlockObject(x);
     EXPECT_EQ(ledger().liveObjects, 1);
     p = takeException();
-    EXPECT_EQ(p.className, "RuntimeException");
-    EXPECT_FALSE(p.hasMessage);
+    EXPECT_EQ(std::tie(p.className, p.hasMessage), std::make_tuple("RuntimeException", false));
     EXPECT_EQ(api.newInstance("OutOfMemoryVQZ"), nullptr);
 }
 
 TEST_F(ClassesTest, ApplicationKindAnswers) {
-    struct Case {
-        AppKind kind;
-        const char* yes;
-    };
-    for (Case c : {Case{AppKind::Desktop, "Application"}, Case{AppKind::Console, "ConsoleApplication"},
-                   Case{AppKind::Web, "WebApplication"}}) {
-        useHost(hostConfig(c.kind));
+    const std::pair<AppKind, const char*> kinds[] = {
+        {AppKind::Desktop, "Application"}, {AppKind::Console, "ConsoleApplication"}, {AppKind::Web, "WebApplication"}};
+    for (auto [kind, yes] : kinds) {
+        useHost(hostConfig(kind));
         for (const char* name : {"Application", "ConsoleApplication", "WebApplication"})
-            EXPECT_EQ(api.objectType(name) != nullptr, std::strcmp(name, c.yes) == 0) << name;
+            EXPECT_EQ(api.objectType(name) != nullptr, std::strcmp(name, yes) == 0) << name;
         EXPECT_NE(api.objectType("NilObjectException"), nullptr);
         EXPECT_EQ(api.objectType("Picture2"), nullptr);
     }

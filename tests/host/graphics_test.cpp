@@ -1,12 +1,28 @@
 // Graphics: properties, DrawLine with the QuickDraw pen, DrawPicture between kinds.
 #include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "tests/host/host_fixture.h"
 
 namespace hosttest {
 namespace {
 
-using GraphicsTest = HostTest;
+using DrawPictureFn = void(Gfx, Pic, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t);
+constexpr const char* kDrawPictureDeclaration =
+    "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
+    "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
+
+class GraphicsTest : public HostTest {
+protected:
+    // The Graphics of `pic`, and its DrawPicture method.
+    Ref graphicsOf(const Ref& pic) { return Ref::adopt(api.graphics(pic.pic())); }
+    static Gfx gfx(const Ref& g) { return static_cast<Gfx>(g.get()); }
+    Entry<DrawPictureFn> drawPictureOf(const Ref& g) {
+        return Entry<DrawPictureFn>(api.loadObjectMethod(g.obj(), kDrawPictureDeclaration));
+    }
+};
 
 // The picture as rows of '#' (color c) and '.' (white).
 std::string drawing(void* pic, uint32_t c) {
@@ -23,71 +39,59 @@ std::string drawing(void* pic, uint32_t c) {
 
 TEST_F(GraphicsTest, GraphicsHoldsItsPictureAndHasPenProperties) {
     Ref p = Ref::adopt(api.newPicture(4, 4, 32));
-    Ref g = Ref::adopt(api.graphics(p.pic()));
+    Ref g = graphicsOf(p);
     ASSERT_TRUE(g);
     EXPECT_EQ(refCount(p.get()), 2);
     EXPECT_STREQ(className(g.get()), "Graphics");
     EXPECT_TRUE(api.setPropUInt32(g.obj(), "ForeColor", 0x00123456));
     EXPECT_TRUE(api.setPropInt(g.obj(), "PenWidth", 3));
     EXPECT_TRUE(api.setPropInt(g.obj(), "PenHeight", 2));
-    int32_t v = 0;
-    EXPECT_TRUE(api.getPropInt(g.obj(), "ForeColor", &v));
-    EXPECT_EQ(v, 0x123456);
-    EXPECT_TRUE(api.getPropInt(g.obj(), "PenWidth", &v));
-    EXPECT_EQ(v, 3);
+    int32_t color = 0, width = 0;
+    EXPECT_TRUE(api.getPropInt(g.obj(), "ForeColor", &color) && api.getPropInt(g.obj(), "PenWidth", &width));
+    EXPECT_EQ(std::make_pair(color, width), std::make_pair(0x123456, 3));
     EXPECT_FALSE(api.setPropInt(g.obj(), "TextSize", 3));
+    // Only the exact DrawPicture declaration loads, and only on a Graphics.
+    EXPECT_NE(api.loadObjectMethod(g.obj(), kDrawPictureDeclaration), nullptr);
+    EXPECT_EQ(api.loadObjectMethod(g.obj(), "DrawPicture(Image as Picture, x as Integer, y as Integer)"), nullptr);
+    EXPECT_EQ(api.loadObjectMethod(p.obj(), kDrawPictureDeclaration), nullptr);
     g = Ref();
     EXPECT_EQ(refCount(p.get()), 1);
 }
 
 TEST_F(GraphicsTest, DrawLineUsesTheQuickDrawPen) {
     Ref p = Ref::adopt(newGWorldPicture(8, 6, 24));
-    Ref g = Ref::adopt(api.graphics(p.pic()));
+    Ref g = graphicsOf(p);
     api.setPropUInt32(g.obj(), "ForeColor", 0xFF0000);
-    api.drawLine(reinterpret_cast<REALgraphicsStruct*>(g.get()), 0, 0, 5, 2);
-    EXPECT_EQ(drawing(p.get(), 0xFF0000),
-              "##......\n"
-              "..##....\n"
-              "....##..\n"
-              "........\n"
-              "........\n"
-              "........\n")
+    api.drawLine(gfx(g), 0, 0, 5, 2);
+    EXPECT_EQ(drawing(p.get(), 0xFF0000), "##......\n..##....\n....##..\n........\n........\n........\n")
         << "Bresenham points with a 1x1 pen";
 
     Ref q = Ref::adopt(newBitmapPicture(8, 6));
-    Ref h = Ref::adopt(api.graphics(q.pic()));
-    auto gh = reinterpret_cast<REALgraphicsStruct*>(h.get());
+    Ref h = graphicsOf(q);
     api.setPropUInt32(h.obj(), "ForeColor", 0x0000FF);
     api.setPropInt(h.obj(), "PenWidth", 3);
     api.setPropInt(h.obj(), "PenHeight", 2);
-    api.drawLine(gh, 6, 4, 7, 4);  // the pen hangs right and down, clipped at the edges
-    api.drawLine(gh, -1, -1, -1, -1);
-    EXPECT_EQ(drawing(q.get(), 0x0000FF),
-              "##......\n"
-              "........\n"
-              "........\n"
-              "........\n"
-              "......##\n"
-              "......##\n");
+    api.drawLine(gfx(h), 6, 4, 7, 4);  // the pen hangs right and down, clipped at the edges
+    api.drawLine(gfx(h), -1, -1, -1, -1);
+    EXPECT_EQ(drawing(q.get(), 0x0000FF), "##......\n........\n........\n........\n......##\n......##\n");
     ASSERT_EQ(drawnLines().size(), 3u);
     const LineRecord& r = drawnLines()[1];
-    EXPECT_EQ(r.x1, 6);
-    EXPECT_EQ(r.y2, 4);
-    EXPECT_EQ(r.color, 0x0000FFu);
-    EXPECT_EQ(r.penWidth, 3);
-    EXPECT_EQ(r.penHeight, 2);
+    EXPECT_EQ(std::make_tuple(r.x1, r.y1, r.x2, r.y2, r.color, r.penWidth, r.penHeight),
+              std::make_tuple(6, 4, 7, 4, 0x0000FFu, 3, 2));
     EXPECT_TRUE(guardsIntact(q.get()));
 }
 
-TEST_F(GraphicsTest, OnlyTheDrawPictureDeclarationLoads) {
-    Ref p = Ref::adopt(api.newPicture(2, 2, 32));
-    Ref g = Ref::adopt(api.graphics(p.pic()));
-    EXPECT_NE(api.loadObjectMethod(g.obj(), kDrawPictureDeclaration), nullptr);
-    EXPECT_EQ(api.loadObjectMethod(g.obj(), "DrawPicture(Image as Picture, x as Integer, y as Integer)"), nullptr);
-    EXPECT_EQ(api.loadObjectMethod(p.obj(), kDrawPictureDeclaration), nullptr);
+TEST_F(GraphicsTest, DrawPictureIntoItselfReadsTheOldPixels) {
+    Ref p = Ref::adopt(newGWorldPicture(4, 1, 32));
+    for (int x = 0; x < 4; ++x) setRGB(p.get(), x, 0, uint32_t(x) * 0x10);
+    Ref g = graphicsOf(p);
+    drawPictureOf(g)(gfx(g), p.pic(), 1, 0, 3, 1, 0, 0, 3, 1);
+    std::vector<uint32_t> row;
+    for (int x = 0; x < 4; ++x) row.push_back(getRGB(p.get(), x, 0));
+    EXPECT_EQ(row, (std::vector<uint32_t>{0x00, 0x00, 0x10, 0x20}));
 }
 
-// ---------------------------------------------------------------- DrawPicture
+// ---------------------------------------------------------------- DrawPicture between kinds
 
 struct DrawKind {
     const char* name;
@@ -110,39 +114,33 @@ void* makeSource(const DrawKind& k, int w, int h) {
     return p;
 }
 
-class DrawPicture : public HostTest,
-                    public ::testing::WithParamInterface<std::tuple<DrawKind, DrawKind>> {};
+class DrawPicture : public GraphicsTest, public ::testing::WithParamInterface<std::tuple<DrawKind, DrawKind>> {};
 
 TEST_P(DrawPicture, ScalesTheSourcePartNearestNeighbour) {
     const DrawKind& from = std::get<0>(GetParam());
     const DrawKind& to = std::get<1>(GetParam());
     Ref src = Ref::adopt(makeSource(from, 2, 2));
     Ref dst = Ref::adopt(to.depth ? newGWorldPicture(6, 5, to.depth) : newBitmapPicture(6, 5));
-    Ref g = Ref::adopt(api.graphics(dst.pic()));
-    auto draw = reinterpret_cast<DrawPictureFn*>(api.loadObjectMethod(g.obj(), kDrawPictureDeclaration));
-    ASSERT_NE(draw, nullptr);
-    auto gr = reinterpret_cast<REALgraphicsStruct*>(g.get());
+    Ref g = graphicsOf(dst);
+    Entry<DrawPictureFn> draw = drawPictureOf(g);
+    ASSERT_NE(draw.fn, nullptr);
 
     // The whole 2x2 source doubled into (1, 1, 4, 4).
-    draw(gr, src.pic(), 1, 1, 4, 4, 0, 0, -10000, -10000);
+    draw(gfx(g), src.pic(), 1, 1, 4, 4, 0, 0, -10000, -10000);
     for (int y = 0; y < 5; ++y) {
         for (int x = 0; x < 6; ++x) {
             bool inside = x >= 1 && x < 5 && y >= 1 && y < 5;
-            uint32_t want = !inside        ? 0xFFFFFF
-                            : from.depth < 0 ? kQuadrants[2]
-                                             : kQuadrants[(y >= 3) * 2 + (x >= 3)];
+            uint32_t want = !inside ? 0xFFFFFF : from.depth < 0 ? kQuadrants[2] : kQuadrants[(y >= 3) * 2 + (x >= 3)];
             ASSERT_EQ(getRGB(dst.get(), x, y), want) << "at " << x << "," << y;
         }
     }
     // The source's bottom-right pixel into a rectangle that leaves the picture.
-    draw(gr, src.pic(), 4, 3, 3, 3, 1, 1, 1, 1);
+    draw(gfx(g), src.pic(), 4, 3, 3, 3, 1, 1, 1, 1);
     uint32_t corner = from.depth < 0 ? kQuadrants[2] : kQuadrants[3];
     EXPECT_EQ(getRGB(dst.get(), 5, 4), corner);
     EXPECT_EQ(getRGB(dst.get(), 4, 3), corner);
     EXPECT_TRUE(guardsIntact(dst.get()));
-    if (to.depth == 32) {
-        EXPECT_EQ(pixelAddress(dst.get(), 5, 4)[0], kNewPictureMaskByte);
-    }
+    if (to.depth == 32) { EXPECT_EQ(pixelAddress(dst.get(), 5, 4)[0], kNewPictureMaskByte); }
     EXPECT_EQ(drawPictureCalls(), 2);
 }
 
@@ -152,18 +150,6 @@ INSTANTIATE_TEST_SUITE_P(Kinds, DrawPicture,
                              return std::string(std::get<0>(info.param).name) + "_to_" +
                                     std::get<1>(info.param).name;
                          });
-
-TEST_F(GraphicsTest, DrawPictureIntoItselfReadsTheOldPixels) {
-    Ref p = Ref::adopt(newGWorldPicture(4, 1, 32));
-    for (int x = 0; x < 4; ++x) setRGB(p.get(), x, 0, uint32_t(x) * 0x10);
-    Ref g = Ref::adopt(api.graphics(p.pic()));
-    auto draw = reinterpret_cast<DrawPictureFn*>(api.loadObjectMethod(g.obj(), kDrawPictureDeclaration));
-    draw(reinterpret_cast<REALgraphicsStruct*>(g.get()), p.pic(), 1, 0, 3, 1, 0, 0, 3, 1);
-    EXPECT_EQ(getRGB(p.get(), 0, 0), 0x00u);
-    EXPECT_EQ(getRGB(p.get(), 1, 0), 0x00u);
-    EXPECT_EQ(getRGB(p.get(), 2, 0), 0x10u);
-    EXPECT_EQ(getRGB(p.get(), 3, 0), 0x20u);
-}
 
 }  // namespace
 }  // namespace hosttest

@@ -11,66 +11,57 @@ namespace hosttest {
 
 using namespace standin;
 
-// The entry points, typed as the plugin calls them.
-struct HostApi {
-    template <class F>
-    static F* get(const char* name) {
-        return reinterpret_cast<F*>(resolve(name));
-    }
-    void (*lockObject)(REALobjectStruct*) = get<void(REALobjectStruct*)>("REALLockObject");
-    void (*unlockObject)(REALobjectStruct*) = get<void(REALobjectStruct*)>("REALUnlockObject");
-    void (*lockString)(REALstringStruct*) = get<void(REALstringStruct*)>("REALLockString");
-    void (*unlockString)(REALstringStruct*) = get<void(REALstringStruct*)>("REALUnlockString");
-    REALobjectStruct* (*newInstance)(const char*) = get<REALobjectStruct*(const char*)>("PluginNewInstance");
-    void* (*objectType)(const char*) = get<void*(const char*)>("pluginObjectType");
-    void (*raise)(REALobjectStruct*) = get<void(REALobjectStruct*)>("RuntimeRaiseException");
-    void (*registerClass)(REALclassDefinition*) = get<void(REALclassDefinition*)>("PluginRegisterClass");
-    void (*registerExtension)(REALclassDefinition*) = get<void(REALclassDefinition*)>("PluginRegisterClassExtension");
-    void (*registerMethod)(REALmethodDefinition*) = get<void(REALmethodDefinition*)>("PluginRegisterMethod");
-    void* (*loadObjectMethod)(REALobjectStruct*, const char*) =
-        get<void*(REALobjectStruct*, const char*)>("REALLoadObjectMethod");
-    void* (*loadGlobalMethod)(const char*, const char*) = get<void*(const char*, const char*)>("REALLoadGlobalMethod");
-    uint8_t (*getPropInt)(REALobjectStruct*, const char*, int32_t*) =
-        get<uint8_t(REALobjectStruct*, const char*, int32_t*)>("REALGetPropValueInt");
-    uint8_t (*setPropInt)(REALobjectStruct*, const char*, int32_t) =
-        get<uint8_t(REALobjectStruct*, const char*, int32_t)>("REALSetPropValueInt");
-    uint8_t (*setPropUInt32)(REALobjectStruct*, const char*, uint32_t) =
-        get<uint8_t(REALobjectStruct*, const char*, uint32_t)>("REALSetPropValueUInt32");
-    uint8_t (*setPropString)(REALobjectStruct*, const char*, REALstringStruct*) =
-        get<uint8_t(REALobjectStruct*, const char*, REALstringStruct*)>("REALSetPropValueString");
-    REALpictureStruct* (*newPicture)(int32_t, int32_t, int32_t) =
-        get<REALpictureStruct*(int32_t, int32_t, int32_t)>("newPicture");
-    REALgraphicsStruct* (*graphics)(REALpictureStruct*) =
-        get<REALgraphicsStruct*(REALpictureStruct*)>("pluginPictureGraphicsGetter");
-    REALpictureStruct* (*getMask)(REALpictureStruct*, uint8_t) =
-        get<REALpictureStruct*(REALpictureStruct*, uint8_t)>("REALGetPictureMask");
-    void (*clearCache)(REALpictureStruct*) = get<void(REALpictureStruct*)>("REALPictureClearCache");
-    void (*lockDescription)(REALpictureStruct*, REALpictureDescription*) =
-        get<void(REALpictureStruct*, REALpictureDescription*)>("lockPictureDescription");
-    uint8_t (*lockDescriptionOfType)(REALpictureStruct*, REALpictureDescription*, int32_t) =
-        get<uint8_t(REALpictureStruct*, REALpictureDescription*, int32_t)>("REALLockPictureDescription");
-    void (*unlockDescription)(REALpictureStruct*) = get<void(REALpictureStruct*)>("unlockPictureDescription");
-    void (*drawLine)(REALgraphicsStruct*, int32_t, int32_t, int32_t, int32_t) =
-        get<void(REALgraphicsStruct*, int32_t, int32_t, int32_t, int32_t)>("RuntimeGraphicsDrawLine");
-    REALmemoryBlockStruct* (*newMemoryBlock)(int32_t) = get<REALmemoryBlockStruct*(int32_t)>("newMemoryBlock");
-    void* (*blockPtr)(REALmemoryBlockStruct*) = get<void*(REALmemoryBlockStruct*)>("memoryBlockGetPtr");
-    int32_t (*blockSize)(REALmemoryBlockStruct*) = get<int32_t(REALmemoryBlockStruct*)>("memoryBlockGetSize");
-    REALstringStruct* (*buildString)(const char*, int32_t) = get<REALstringStruct*(const char*, int32_t)>("REALBuildString");
-    uint32_t (*getEncoding)(REALstringStruct*) = get<uint32_t(REALstringStruct*)>("REALGetStringEncoding");
-    void (*setEncoding)(REALstringStruct*, uint32_t) = get<void(REALstringStruct*, uint32_t)>("REALSetStringEncoding");
-    REALstringStruct* (*convertString)(REALstringStruct*, uint32_t) =
-        get<REALstringStruct*(REALstringStruct*, uint32_t)>("REALConvertString");
-    uint8_t (*getStringData)(REALstringStruct*, uint32_t, REALstringData*) =
-        get<uint8_t(REALstringStruct*, uint32_t, REALstringData*)>("PluginGetStringData");
-    void (*disposeStringData)(REALstringData*) = get<void(REALstringData*)>("PluginDisposeStringData");
-    const char* (*cString)(REALstringStruct*) = get<const char*(REALstringStruct*)>("StringGetCString");
+// One C function found by name (through the resolver) or by address (dlsym),
+// called with the signature the plugin uses.
+template <class F>
+struct Entry;
+template <class R, class... A>
+struct Entry<R(A...)> {
+    explicit Entry(const char* name) : Entry(resolve(name)) {}
+    explicit Entry(void* address) : fn(reinterpret_cast<R (*)(A...)>(address)) {}
+    R operator()(A... a) const { return fn(a...); }
+    R (*fn)(A...);
 };
 
-using DrawPictureFn = void(REALgraphicsStruct*, REALpictureStruct*, int32_t, int32_t, int32_t, int32_t,
-                           int32_t, int32_t, int32_t, int32_t);
-constexpr const char* kDrawPictureDeclaration =
-    "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
-    "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)";
+using Obj = REALobjectStruct*;
+using Pic = REALpictureStruct*;
+using Str = REALstringStruct*;
+using Block = REALmemoryBlockStruct*;
+using Gfx = REALgraphicsStruct*;
+
+// The host entry points the tests call.
+struct HostApi {
+    Entry<void(Obj)> lockObject{"REALLockObject"}, unlockObject{"REALUnlockObject"}, raise{"RuntimeRaiseException"};
+    Entry<void(Str)> lockString{"REALLockString"}, unlockString{"REALUnlockString"};
+    Entry<Obj(const char*)> newInstance{"PluginNewInstance"};
+    Entry<void*(const char*)> objectType{"pluginObjectType"};
+    Entry<void(REALclassDefinition*)> registerClass{"PluginRegisterClass"};
+    Entry<void(REALclassDefinition*)> registerExtension{"PluginRegisterClassExtension"};
+    Entry<void(REALmethodDefinition*)> registerMethod{"PluginRegisterMethod"};
+    Entry<void*(Obj, const char*)> loadObjectMethod{"REALLoadObjectMethod"};
+    Entry<void*(const char*, const char*)> loadGlobalMethod{"REALLoadGlobalMethod"};
+    Entry<uint8_t(Obj, const char*, int32_t*)> getPropInt{"REALGetPropValueInt"};
+    Entry<uint8_t(Obj, const char*, int32_t)> setPropInt{"REALSetPropValueInt"};
+    Entry<uint8_t(Obj, const char*, uint32_t)> setPropUInt32{"REALSetPropValueUInt32"};
+    Entry<uint8_t(Obj, const char*, Str)> setPropString{"REALSetPropValueString"};
+    Entry<Pic(int32_t, int32_t, int32_t)> newPicture{"newPicture"};
+    Entry<Gfx(Pic)> graphics{"pluginPictureGraphicsGetter"};
+    Entry<Pic(Pic, uint8_t)> getMask{"REALGetPictureMask"};
+    Entry<void(Pic)> clearCache{"REALPictureClearCache"}, unlockDescription{"unlockPictureDescription"};
+    Entry<void(Pic, REALpictureDescription*)> lockDescription{"lockPictureDescription"};
+    Entry<uint8_t(Pic, REALpictureDescription*, int32_t)> lockDescriptionOfType{"REALLockPictureDescription"};
+    Entry<void(Gfx, int32_t, int32_t, int32_t, int32_t)> drawLine{"RuntimeGraphicsDrawLine"};
+    Entry<Block(int32_t)> newMemoryBlock{"newMemoryBlock"};
+    Entry<void*(Block)> blockPtr{"memoryBlockGetPtr"};
+    Entry<int32_t(Block)> blockSize{"memoryBlockGetSize"};
+    Entry<Str(const char*, int32_t)> buildString{"REALBuildString"};
+    Entry<uint32_t(Str)> getEncoding{"REALGetStringEncoding"};
+    Entry<void(Str, uint32_t)> setEncoding{"REALSetStringEncoding"};
+    Entry<Str(Str, uint32_t)> convertString{"REALConvertString"};
+    Entry<uint8_t(Str, uint32_t, REALstringData*)> getStringData{"PluginGetStringData"};
+    Entry<void(REALstringData*)> disposeStringData{"PluginDisposeStringData"};
+    Entry<const char*(Str)> cString{"StringGetCString"};
+};
 
 inline HostConfig hostConfig(AppKind kind, double version = 2013.0, bool hasVersion = true) {
     HostConfig c;

@@ -9,42 +9,26 @@ namespace hosttest {
 namespace {
 
 struct QuickDraw {
-    void* library = nullptr;
-    PixMapHandle (*GetGWorldPixMap)(GWorldPtr) = nullptr;
-    uint8_t (*LockPixels)(PixMapHandle) = nullptr;
-    void (*UnlockPixels)(PixMapHandle) = nullptr;
-    void* (*GetPixBaseAddr)(PixMapHandle) = nullptr;
-    int32_t (*GetPixRowBytes)(PixMapHandle) = nullptr;
-    int16_t (*GetPixDepth)(PixMapHandle) = nullptr;
-    void (*GetGWorld)(GWorldPtr*, void**) = nullptr;
-    void (*SetGWorld)(GWorldPtr, void*) = nullptr;
-    RgnHandle (*NewRgn)() = nullptr;
-    void (*DisposeRgn)(RgnHandle) = nullptr;
-    void (*ScrollRect)(const Rect*, int16_t, int16_t, RgnHandle) = nullptr;
-
-    QuickDraw() {
-        std::string path = std::string(VQZ_BINARY_DIR) + "/frameworks/ApplicationServices.framework/ApplicationServices";
-        library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (!library) return;
-        load(GetGWorldPixMap, "GetGWorldPixMap");
-        load(LockPixels, "LockPixels");
-        load(UnlockPixels, "UnlockPixels");
-        load(GetPixBaseAddr, "GetPixBaseAddr");
-        load(GetPixRowBytes, "GetPixRowBytes");
-        load(GetPixDepth, "GetPixDepth");
-        load(GetGWorld, "GetGWorld");
-        load(SetGWorld, "SetGWorld");
-        load(NewRgn, "NewRgn");
-        load(DisposeRgn, "DisposeRgn");
-        load(ScrollRect, "ScrollRect");
+    void* library = dlopen((std::string(VQZ_BINARY_DIR) + "/frameworks/ApplicationServices.framework/ApplicationServices")
+                               .c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* sym(const char* name) {
+        void* f = library ? dlsym(library, name) : nullptr;
+        EXPECT_TRUE(f || !library) << name;
+        return f;
     }
+    Entry<PixMapHandle(GWorldPtr)> GetGWorldPixMap{sym("GetGWorldPixMap")};
+    Entry<uint8_t(PixMapHandle)> LockPixels{sym("LockPixels")};
+    Entry<void(PixMapHandle)> UnlockPixels{sym("UnlockPixels")};
+    Entry<void*(PixMapHandle)> GetPixBaseAddr{sym("GetPixBaseAddr")};
+    Entry<int32_t(PixMapHandle)> GetPixRowBytes{sym("GetPixRowBytes")};
+    Entry<int16_t(PixMapHandle)> GetPixDepth{sym("GetPixDepth")};
+    Entry<void(GWorldPtr*, void**)> GetGWorld{sym("GetGWorld")};
+    Entry<void(GWorldPtr, void*)> SetGWorld{sym("SetGWorld")};
+    Entry<RgnHandle()> NewRgn{sym("NewRgn")};
+    Entry<void(RgnHandle)> DisposeRgn{sym("DisposeRgn")};
+    Entry<void(const Rect*, int16_t, int16_t, RgnHandle)> ScrollRect{sym("ScrollRect")};
     ~QuickDraw() {
         if (library) dlclose(library);
-    }
-    template <class F>
-    void load(F& f, const char* name) {
-        f = reinterpret_cast<F>(dlsym(library, name));
-        EXPECT_NE(f, nullptr) << name;
     }
 };
 
@@ -56,8 +40,8 @@ protected:
     }
     GWorldPtr gworldOf(void* pic) {
         REALpictureDescription d{};
-        api.lockDescription(static_cast<REALpictureStruct*>(pic), &d);
-        api.unlockDescription(static_cast<REALpictureStruct*>(pic));
+        api.lockDescription(static_cast<Pic>(pic), &d);
+        api.unlockDescription(static_cast<Pic>(pic));
         return static_cast<GWorldPtr>(d.pictureData);
     }
     QuickDraw qd;
@@ -88,7 +72,6 @@ TEST_F(QuickDrawTest, PixelLocksAreCountedAndCanFail) {
     EXPECT_FALSE(qd.LockPixels(pm));
     EXPECT_EQ(ledger().pixelLocks, 0);
     EXPECT_EQ(occurrences(Fault::PixelLock), 2);
-
     qd.UnlockPixels(pm);  // not locked
     int bogus = 0;
     EXPECT_EQ(qd.GetPixDepth(reinterpret_cast<PixMapHandle>(&bogus)), 0);
@@ -113,58 +96,45 @@ TEST_F(QuickDrawTest, CurrentPortAndRegionsShowInTheLedger) {
     EXPECT_EQ(ledger().liveObjects, 1);
 }
 
-// Fills a picture with distinct colors: red = x * 16, green = y * 16, blue 0x80.
-void fillPattern(void* p) {
-    for (int y = 0; y < pictureHeight(p); ++y)
-        for (int x = 0; x < pictureWidth(p); ++x) setRGB(p, x, y, uint32_t(x * 16) << 16 | uint32_t(y * 16) << 8 | 0x80);
-}
+// Distinct colors: red = x * 16, green = y * 16, blue 0x80.
+uint32_t pattern(int x, int y) { return uint32_t(x * 16) << 16 | uint32_t(y * 16) << 8 | 0x80; }
+
+struct ScrollCase {
+    Rect r;  // top, left, bottom, right
+    int16_t dh, dv;
+    bool region;  // with an update region, or null
+};
 
 class ScrollRect : public QuickDrawTest, public ::testing::WithParamInterface<int> {};
 
-TEST_P(ScrollRect, MovesPixelsAndPaintsTheUncoveredStripWhite) {
-    Ref p = Ref::adopt(newGWorldPicture(6, 5, GetParam()));
-    fillPattern(p.get());
-    GWorldPtr saved;
-    void* device;
-    qd.GetGWorld(&saved, &device);
-    qd.SetGWorld(gworldOf(p.get()), nullptr);
-    RgnHandle rgn = qd.NewRgn();
-    Rect r{0, 0, 5, 6};  // top, left, bottom, right
-    qd.ScrollRect(&r, 2, -1, rgn);
-    qd.DisposeRgn(rgn);
-    qd.SetGWorld(saved, device);
+TEST_P(ScrollRect, MovesPixelsInsideTheRectangleAndPaintsTheUncoveredPartWhite) {
+    for (const ScrollCase& c : {ScrollCase{{0, 0, 5, 6}, 2, -1, true}, ScrollCase{{1, 1, 3, 3}, 0, 1, false}}) {
+        Ref p = Ref::adopt(newGWorldPicture(6, 5, GetParam()));
+        for (int y = 0; y < 5; ++y)
+            for (int x = 0; x < 6; ++x) setRGB(p.get(), x, y, pattern(x, y));
+        GWorldPtr saved;
+        void* device;
+        qd.GetGWorld(&saved, &device);
+        qd.SetGWorld(gworldOf(p.get()), nullptr);
+        RgnHandle rgn = c.region ? qd.NewRgn() : nullptr;
+        qd.ScrollRect(&c.r, c.dh, c.dv, rgn);
+        if (rgn) qd.DisposeRgn(rgn);
+        qd.SetGWorld(saved, device);
 
-    for (int y = 0; y < 5; ++y) {
-        for (int x = 0; x < 6; ++x) {
-            int sx = x - 2, sy = y + 1;
-            bool moved = sx >= 0 && sy < 5;
-            uint32_t want = moved ? (uint32_t(sx * 16) << 16 | uint32_t(sy * 16) << 8 | 0x80) : 0xFFFFFF;
-            ASSERT_EQ(getRGB(p.get(), x, y), want) << x << "," << y;
+        auto inside = [&](int x, int y) { return x >= c.r.left && x < c.r.right && y >= c.r.top && y < c.r.bottom; };
+        for (int y = 0; y < 5; ++y) {
+            for (int x = 0; x < 6; ++x) {
+                int sx = x - c.dh, sy = y - c.dv;
+                uint32_t want = !inside(x, y) ? pattern(x, y) : inside(sx, sy) ? pattern(sx, sy) : 0xFFFFFF;
+                ASSERT_EQ(getRGB(p.get(), x, y), want) << x << "," << y;
+            }
         }
+        if (GetParam() == 32) { EXPECT_EQ(pixelAddress(p.get(), c.r.left, c.r.top)[0], kNewPictureMaskByte); }
+        EXPECT_TRUE(guardsIntact(p.get()));
     }
-    if (GetParam() == 32) {
-        EXPECT_EQ(pixelAddress(p.get(), 0, 0)[0], kNewPictureMaskByte);
-    }
-    EXPECT_TRUE(guardsIntact(p.get()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Depths, ScrollRect, ::testing::Values(32, 24));
-
-TEST_F(QuickDrawTest, ScrollRectStaysInsideTheRectangle) {
-    Ref p = Ref::adopt(newGWorldPicture(4, 4, 32));
-    fillPattern(p.get());
-    GWorldPtr saved;
-    void* device;
-    qd.GetGWorld(&saved, &device);
-    qd.SetGWorld(gworldOf(p.get()), nullptr);
-    Rect r{1, 1, 3, 3};
-    qd.ScrollRect(&r, 0, 1, nullptr);
-    qd.SetGWorld(saved, device);
-    EXPECT_EQ(getRGB(p.get(), 1, 1), 0xFFFFFFu);
-    EXPECT_EQ(getRGB(p.get(), 1, 2), (16u << 16) | (16u << 8) | 0x80);
-    EXPECT_EQ(getRGB(p.get(), 1, 3), (16u << 16) | (48u << 8) | 0x80);  // outside: unchanged
-    EXPECT_EQ(getRGB(p.get(), 0, 1), (16u << 8) | 0x80u);
-}
 
 }  // namespace
 }  // namespace hosttest

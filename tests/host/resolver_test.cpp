@@ -1,3 +1,4 @@
+// The resolver: exact lookup names, hidden names, the version entry points, LenB.
 #include <algorithm>
 
 #include "tests/host/host_fixture.h"
@@ -27,35 +28,28 @@ TEST_F(ResolverTest, AnswersExactlyTheHostEntryPoints) {
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(known, expected);
     for (const std::string& name : kLookupNames) EXPECT_NE(resolve(name.c_str()), nullptr) << name;
-    EXPECT_EQ(resolve("REALNewPicture"), nullptr);  // names are exact
-    EXPECT_EQ(resolve("reallockobject"), nullptr);
-    EXPECT_EQ(resolve(nullptr), nullptr);
+    for (const char* name : {"REALNewPicture", "reallockobject", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(resolve(name), nullptr) << (name ? name : "null");  // names are exact
 }
 
-TEST_F(ResolverTest, HiddenNamesAndMissingVersion) {
+TEST_F(ResolverTest, HiddenNamesAndVersions) {
     HostConfig c = hostConfig(AppKind::Desktop, 2011.5, false);
     c.hidden = {"PluginGetStringData", "newPicture"};
     useHost(c);
-    EXPECT_EQ(resolve("PluginGetStringData"), nullptr);
-    EXPECT_EQ(resolve("newPicture"), nullptr);
-    EXPECT_EQ(resolve("REALGetRBVersion"), nullptr);
+    for (const char* name : {"PluginGetStringData", "newPicture", "REALGetRBVersion"})
+        EXPECT_EQ(resolve(name), nullptr) << name;
     EXPECT_NE(resolve("StringGetCString"), nullptr);
 
     useHost(hostConfig(AppKind::Desktop, 2012.5));
-    auto version = HostApi::get<double()>("REALGetRBVersion");
-    ASSERT_NE(version, nullptr);
-    EXPECT_EQ(version(), 2012.5);
-}
-
-TEST_F(ResolverTest, PluginVersionIsRecorded) {
+    ASSERT_NE(resolve("REALGetRBVersion"), nullptr);
+    EXPECT_EQ(Entry<double()>("REALGetRBVersion")(), 2012.5);
     EXPECT_EQ(registeredPluginVersion(), 0);
-    HostApi::get<void(int32_t)>("RegisterPluginVersion")(9);
+    Entry<void(int32_t)>("RegisterPluginVersion")(9);
     EXPECT_EQ(registeredPluginVersion(), 9);
 }
 
 TEST_F(ResolverTest, LenBIsTheOnlyGlobalMethod) {
-    auto lenB = reinterpret_cast<int32_t (*)(REALstringStruct*)>(
-        api.loadGlobalMethod(nullptr, "LenB( s as string ) as integer"));
+    auto lenB = reinterpret_cast<int32_t (*)(Str)>(api.loadGlobalMethod(nullptr, "LenB( s as string ) as integer"));
     ASSERT_NE(lenB, nullptr);
     Ref s = Ref::adopt(newString("h\xC3\xA9llo", kEncodingUTF8));
     EXPECT_EQ(lenB(s.str()), 6);
