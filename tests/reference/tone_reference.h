@@ -1,5 +1,6 @@
 // Tone adjustments and picture tests written straight from their definitions: one
-// pixel at a time, plain double (or wide integer) arithmetic, no tables.
+// pixel at a time, plain double (or wide integer) arithmetic, no tables. Also the two
+// checks that the tone tests make through the host.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +8,8 @@
 #include "tests/support/fixture.h"
 
 namespace reference::tone {
+
+using namespace vqztest;
 
 // ---------------------------------------------------------------- brightness and contrast
 
@@ -29,46 +32,36 @@ inline int lowByte(double y) { return int(static_cast<uint64_t>(truncated(y)) % 
 
 inline double linearScale(double b) { return b < 0 ? (255.0 + b) / 255.0 : (255.0 - b) / 255.0; }
 inline double linearOffset(double b) { return b < 0 ? 0.0 : b; }
+inline double contrasted(int x, double k) { return (double(x - 127) * (k + 1.0)) + 127.0; }
 
 inline int linearBrightness(int x, double b) { return lowByte((double(x) * linearScale(b)) + linearOffset(b)); }
 inline int absoluteBrightness(int x, double b) { return clamped(double(x) + b); }
-inline int contrast(int x, double k) { return clamped((double(x - 127) * (k + 1.0)) + 127.0); }
+inline int contrast(int x, double k) { return clamped(contrasted(x, k)); }
 inline int contrastLinearBrightness(int x, double k, double b) {
-    return clamped(((((double(x - 127) * (k + 1.0)) + 127.0) * linearScale(b)) + linearOffset(b)));
+    return clamped((contrasted(x, k) * linearScale(b)) + linearOffset(b));
 }
-inline int contrastAbsoluteBrightness(int x, double k, double b) {
-    return clamped(((double(x - 127) * (k + 1.0)) + 127.0) + b);
-}
+inline int contrastAbsoluteBrightness(int x, double k, double b) { return clamped(contrasted(x, k) + b); }
 inline int custom(int x, double a, double b) { return clamped((double(x) * a) + b); }
-
-// Applies a per-channel function f(channel value, channel index 0..2) to a color.
-template <class F>
-uint32_t eachChannel(uint32_t rgb, F f) {
-    return vqztest::rgbOf(f(vqztest::redOf(rgb), 0), f(vqztest::greenOf(rgb), 1), f(vqztest::blueOf(rgb), 2));
-}
 
 // ---------------------------------------------------------------- saturation and colorness
 
 inline uint32_t saturation(uint32_t rgb, int32_t amount) {
-    const int64_t r = vqztest::redOf(rgb), g = vqztest::greenOf(rgb), b = vqztest::blueOf(rgb);
-    const int64_t gray = (r + 2 * g + b) / 4;
-    const int64_t f = int64_t(amount) + 255;
+    const int64_t r = redOf(rgb), g = greenOf(rgb), b = blueOf(rgb);
+    const int64_t gray = (r + 2 * g + b) / 4, f = int64_t(amount) + 255;
     auto channel = [&](int64_t x) {
-        int64_t v = gray + ((x - gray) * f) / 255;  // C++ division truncates toward zero
+        const int64_t v = gray + ((x - gray) * f) / 255;  // C++ division truncates toward zero
         return int(v < 0 ? 0 : v > 255 ? 255 : v);
     };
-    return vqztest::rgbOf(channel(r), channel(g), channel(b));
+    return rgbOf(channel(r), channel(g), channel(b));
 }
 
 inline bool colored(uint32_t rgb, int32_t threshold) {
-    const int64_t r = vqztest::redOf(rgb), g = vqztest::greenOf(rgb), b = vqztest::blueOf(rgb);
-    const int64_t t = threshold;
+    const int64_t r = redOf(rgb), g = greenOf(rgb), b = blueOf(rgb), t = threshold;
     if (r < 30 && g < 30 && b < 30) return false;
     return g - r > t || g - b > t || g - r < -t || g - b < -t;
 }
 
-inline double colorness(const vqztest::Snapshot& s, int32_t threshold) {
-    if (s.rgb.empty()) return 0.0;
+inline double colorness(const Snapshot& s, int32_t threshold) {
     double count = 0;
     for (uint32_t c : s.rgb) count += colored(c, threshold) ? 1 : 0;
     return count / (double(s.width) * double(s.height));
@@ -79,7 +72,7 @@ inline double colorness(const vqztest::Snapshot& s, int32_t threshold) {
 inline bool black(uint32_t rgb) { return rgb == 0; }
 inline bool white(uint32_t rgb) { return rgb == 0xFFFFFF; }
 inline bool gray(uint32_t rgb, int32_t tolerance) {
-    const int64_t r = vqztest::redOf(rgb), g = vqztest::greenOf(rgb), b = vqztest::blueOf(rgb);
+    const int64_t r = redOf(rgb), g = greenOf(rgb), b = blueOf(rgb);
     const int64_t t = tolerance < 0 ? -int64_t(tolerance) : int64_t(tolerance);
     auto size = [](int64_t v) { return v < 0 ? -v : v; };
     return size(r - g) <= t && size(r - b) <= t && size(g - b) <= t;
@@ -88,13 +81,47 @@ inline bool gray(uint32_t rgb, int32_t tolerance) {
 // Whether every pixel of the rectangle's intersection with the picture passes; a
 // negative width or height stands for the picture's own.
 template <class Pass>
-bool everyPixel(const vqztest::Snapshot& s, int32_t left, int32_t top, int32_t width, int32_t height, Pass pass) {
-    const int64_t w = width < 0 ? s.width : width;
-    const int64_t h = height < 0 ? s.height : height;
+bool everyPixel(const Snapshot& s, int32_t left, int32_t top, int32_t width, int32_t height, Pass pass) {
+    const int64_t w = width < 0 ? s.width : width, h = height < 0 ? s.height : height;
     for (int64_t y = top < 0 ? 0 : top; y < s.height && y < int64_t(top) + h; ++y)
         for (int64_t x = left < 0 ? 0 : left; x < s.width && x < int64_t(left) + w; ++x)
             if (!pass(s.at(int(x), int(y)))) return false;
     return true;
+}
+
+// ---------------------------------------------------------------- checks through the host
+
+// Whether `fails` (true when the call gave its failure answer) works without a fault,
+// and fails with each picture creation and each opening of a picture on its way made
+// to fail in turn (a desktop host refuses to lock the pixels, a console or web host
+// the description).
+template <class Fails>
+::testing::AssertionResult failsUnderEveryFault(const HostFormat& format, Fails fails) {
+    using standin::Fault;
+    if (fails()) return ::testing::AssertionFailure() << "fails without a fault";
+    for (Fault kind : {Fault::PictureCreation, format.desktop() ? Fault::PixelLock : Fault::DescriptionLock})
+        for (int n = 1;; ++n) {
+            const int before = standin::occurrences(kind);
+            standin::failNth(kind, n);
+            const bool failed = fails();
+            standin::failNth(kind, 0);
+            if (standin::occurrences(kind) - before < n) break;  // got through before the nth
+            if (!failed) return ::testing::AssertionFailure() << "works with fault " << int(kind) << " number " << n;
+        }
+    return ::testing::AssertionSuccess();
+}
+
+// A picture made by a writer: the expected colors, and the writer's mask byte in every
+// pixel (255 on the desktop, 0 on console and web) whatever the source held.
+inline ::testing::AssertionResult written(const Snapshot& expected, void* result, bool desktop) {
+    if (!result) return ::testing::AssertionFailure() << "no picture";
+    const Snapshot got = snapshot(result);
+    if (::testing::AssertionResult same = samePixels(expected, got); !same) return same;
+    if (got.mask.empty()) return ::testing::AssertionFailure() << "no mask bytes: not a 32-bit picture";
+    for (size_t i = 0; i < got.mask.size(); ++i)
+        if (got.mask[i] != (desktop ? 255 : 0))
+            return ::testing::AssertionFailure() << "mask byte " << int(got.mask[i]) << " at pixel " << i;
+    return ::testing::AssertionSuccess();
 }
 
 }  // namespace reference::tone
