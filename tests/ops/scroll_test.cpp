@@ -15,29 +15,15 @@ const char* const kHorizontal =
 const char* const kBoth =
     "ScrollVQZ(deltaX as integer, deltaY as integer, wrap as boolean, scrollmask as boolean) as boolean";
 
-long long Modulo(long long a, long long n) { return ((a % n) + n) % n; }
-
-// The raw pixels of a picture whose rows moved down by `delta` (up when negative), round the edge.
-std::vector<uint8_t> RowsRotated(const std::vector<uint8_t>& raw, int width, int height, int bpp, long long delta) {
+// The raw pixels of a picture whose columns moved right by dx and whose rows moved
+// down by dy (left and up when negative), round the edges.
+std::vector<uint8_t> Rotated(const std::vector<uint8_t>& raw, int width, int height, int bpp, long long dx, long long dy) {
     std::vector<uint8_t> out(raw.size());
-    const size_t row = size_t(width) * size_t(bpp);
-    for (int y = 0; y < height; ++y) {
-        const size_t to = size_t(Modulo(y + delta, height));
-        std::copy_n(raw.begin() + long(size_t(y) * row), row, out.begin() + long(to * row));
-    }
-    return out;
-}
-
-// The raw pixels of a picture whose columns moved right by `delta` (left when negative), round the edge.
-std::vector<uint8_t> ColumnsRotated(const std::vector<uint8_t>& raw, int width, int height, int bpp,
-                                    long long delta) {
-    std::vector<uint8_t> out(raw.size());
+    auto to = [](long long a, long long n) { return size_t(((a % n) + n) % n); };
     for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const size_t from = (size_t(y) * size_t(width) + size_t(x)) * size_t(bpp);
-            const size_t to = (size_t(y) * size_t(width) + size_t(Modulo(x + delta, width))) * size_t(bpp);
-            std::copy_n(raw.begin() + long(from), bpp, out.begin() + long(to));
-        }
+        for (int x = 0; x < width; ++x)
+            std::copy_n(raw.begin() + long((size_t(y) * size_t(width) + size_t(x)) * size_t(bpp)), bpp,
+                        out.begin() + long((to(y + dy, height) * size_t(width) + to(x + dx, width)) * size_t(bpp)));
     return out;
 }
 
@@ -55,8 +41,13 @@ protected:
     bool horizontal(void* pic, long long delta, bool wrap, bool mask = false) {
         return callBool(kHorizontal, pic, {Int(delta), Bool(wrap), Bool(mask)});
     }
-    bool both(void* pic, long long dx, long long dy, bool wrap, bool mask) {
+    bool both(void* pic, long long dx, long long dy, bool wrap, bool mask = false) {
         return callBool(kBoth, pic, {Int(dx), Int(dy), Bool(wrap), Bool(mask)});
+    }
+    // The picture's raw pixels as after a wrapped scroll, if it can be changed in place.
+    std::vector<uint8_t> rotated(void* pic, const std::vector<uint8_t>& raw, long long dx, long long dy) {
+        if (!inPlace()) return raw;
+        return Rotated(raw, standin::pictureWidth(pic), standin::pictureHeight(pic), standin::bytesPerPixel(pic), dx, dy);
     }
 };
 
@@ -70,19 +61,15 @@ TEST_P(ScrollTest, WrapRotatesRowsAndColumns) {
         for (long long delta : deltas) {
             SCOPED_TRACE(::testing::Message() << w << "x" << h << " delta " << delta);
             Ref pic = randomPicture(w, h, random());
-            const int bpp = standin::bytesPerPixel(pic.get());
             const std::vector<uint8_t> before = rawPixels(pic.get());
             const int cacheClears = standin::clearCacheCount(pic.get());
-
             EXPECT_EQ(vertical(pic.get(), delta, true), inPlace());
-            const std::vector<uint8_t> down = inPlace() ? RowsRotated(before, w, h, bpp, delta) : before;
-            EXPECT_EQ(rawPixels(pic.get()), down);
+            EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), before, 0, delta));
             if (inPlace()) {
                 EXPECT_GT(standin::clearCacheCount(pic.get()), cacheClears);
             }
-
             EXPECT_TRUE(horizontal(pic.get(), delta, true));
-            EXPECT_EQ(rawPixels(pic.get()), inPlace() ? ColumnsRotated(down, w, h, bpp, delta) : before);
+            EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), before, delta, delta));
             EXPECT_TRUE(standin::guardsIntact(pic.get()));
         }
     }
@@ -91,25 +78,22 @@ TEST_P(ScrollTest, WrapRotatesRowsAndColumns) {
 TEST_P(ScrollTest, WrapExamples) {
     if (!inPlace()) GTEST_SKIP() << "not changeable in place";
     const uint32_t a = rgbOf(10, 20, 30), b = rgbOf(40, 50, 60), c = rgbOf(70, 80, 90), d = rgbOf(1, 2, 3);
-    Ref column = picture(1, 4);
-    const uint32_t rows[] = {a, b, c, d};
-    for (int y = 0; y < 4; ++y) standin::setRGB(column.get(), 0, y, rows[y]);
-    auto colors = [](void* pic) { return snapshot(pic).rgb; };
+    Ref column = picture(1, 4), row = picture(3, 1);
+    const uint32_t colors[] = {a, b, c, d};
+    for (int i = 0; i < 4; ++i) standin::setRGB(column.get(), 0, i, colors[i]);
+    for (int i = 0; i < 3; ++i) standin::setRGB(row.get(), i, 0, colors[i]);
     EXPECT_TRUE(vertical(column.get(), 1, true));
-    EXPECT_EQ(colors(column.get()), (std::vector<uint32_t>{d, a, b, c}));
+    EXPECT_EQ(snapshot(column.get()).rgb, (std::vector<uint32_t>{d, a, b, c}));
     EXPECT_TRUE(vertical(column.get(), -2, true));
-    EXPECT_EQ(colors(column.get()), (std::vector<uint32_t>{b, c, d, a}));
-
-    Ref row = picture(3, 1);
-    for (int x = 0; x < 3; ++x) standin::setRGB(row.get(), x, 0, rows[x]);
+    EXPECT_EQ(snapshot(column.get()).rgb, (std::vector<uint32_t>{b, c, d, a}));
     EXPECT_TRUE(horizontal(row.get(), 1, true));
-    EXPECT_EQ(colors(row.get()), (std::vector<uint32_t>{c, a, b}));
-
+    EXPECT_EQ(snapshot(row.get()).rgb, (std::vector<uint32_t>{c, a, b}));
+    // By 3 and back by -3; asked to move a mask, a picture without one moves alone.
     Ref pic = randomPicture(9, 8, 4);
     const std::vector<uint8_t> before = rawPixels(pic.get());
-    EXPECT_TRUE(both(pic.get(), 3, 3, true, false));
-    EXPECT_NE(rawPixels(pic.get()), before);
-    EXPECT_TRUE(both(pic.get(), -3, -3, true, false));
+    EXPECT_TRUE(both(pic.get(), 3, 3, true, true));
+    EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), before, 3, 3));
+    EXPECT_TRUE(both(pic.get(), -3, -3, true, true));
     EXPECT_EQ(rawPixels(pic.get()), before);
 }
 
@@ -117,76 +101,54 @@ TEST_P(ScrollTest, ZeroDeltaTouchesNothing) {
     Ref pic = randomPicture(5, 4, 8);
     const std::vector<uint8_t> before = rawPixels(pic.get());
     const int cacheClears = standin::clearCacheCount(pic.get());
-    for (bool wrap : {false, true}) {
-        EXPECT_TRUE(vertical(pic.get(), 0, wrap));
-        EXPECT_TRUE(horizontal(pic.get(), 0, wrap));
-        EXPECT_TRUE(both(pic.get(), 0, 0, wrap, true));
-    }
+    for (bool wrap : {false, true})
+        EXPECT_TRUE(vertical(pic.get(), 0, wrap) && horizontal(pic.get(), 0, wrap) && both(pic.get(), 0, 0, wrap, true));
     EXPECT_EQ(rawPixels(pic.get()), before);
     EXPECT_EQ(standin::clearCacheCount(pic.get()), cacheClears);
 }
 
 TEST_P(ScrollTest, MaskMovesFirstAndByTheSameAmounts) {
-    Ref pic = randomPicture(6, 5, 1);
-    Ref mask = randomPicture(6, 5, 2);
+    Ref pic = randomPicture(6, 5, 1), mask = randomPicture(6, 5, 2);
     standin::setMask(pic.get(), mask.get());
-    const int bpp = standin::bytesPerPixel(pic.get());
     const std::vector<uint8_t> picBefore = rawPixels(pic.get()), maskBefore = rawPixels(mask.get());
-
     EXPECT_EQ(both(pic.get(), 2, -1, true, false), inPlace());  // the mask stays where it is
     EXPECT_EQ(rawPixels(mask.get()), maskBefore);
-    std::vector<uint8_t> picExpected =
-        inPlace() ? RowsRotated(ColumnsRotated(picBefore, 6, 5, bpp, 2), 6, 5, bpp, -1) : picBefore;
-    EXPECT_EQ(rawPixels(pic.get()), picExpected);
-
+    EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), picBefore, 2, -1));
     // With the mask: a mask that cannot be changed in place fails the vertical part.
     EXPECT_EQ(both(pic.get(), -4, 3, true, true), inPlace());
-    auto moved = [&](const std::vector<uint8_t>& raw) {
-        return inPlace() ? RowsRotated(ColumnsRotated(raw, 6, 5, bpp, -4), 6, 5, bpp, 3) : raw;
-    };
-    EXPECT_EQ(rawPixels(mask.get()), moved(maskBefore));
-    EXPECT_EQ(rawPixels(pic.get()), moved(picExpected));
+    EXPECT_EQ(rawPixels(mask.get()), rotated(mask.get(), maskBefore, -4, 3));
+    EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), picBefore, -2, 2));
     standin::setMask(pic.get(), nullptr);
 }
 
 TEST_P(ScrollTest, WithoutWrapOnlyGWorldsScroll) {
     Ref pic = randomPicture(8, 6, 11);
-    const Snapshot before = snapshot(pic.get());
-    // The pixels move; what they uncover is painted white by QuickDraw.
-    auto shifted = [&](const Snapshot& s, int dx, int dy) {
-        return expectedFrom(s, [&](int x, int y, uint32_t) {
-            const int sx = x - dx, sy = y - dy;
-            return sx >= 0 && sx < s.width && sy >= 0 && sy < s.height ? s.at(sx, sy) : 0xFFFFFFu;
-        });
-    };
+    Snapshot expected = snapshot(pic.get());
     const bool gworld = format().desktop();
-    EXPECT_EQ(vertical(pic.get(), 2, false), gworld);
-    Snapshot expected = gworld ? shifted(before, 0, 2) : before;
-    EXPECT_TRUE(samePixels(expected, snapshot(pic.get())));
-
-    EXPECT_TRUE(horizontal(pic.get(), -3, false));
-    if (gworld) expected = shifted(expected, -3, 0);
-    EXPECT_TRUE(samePixels(expected, snapshot(pic.get())));
-
     // QuickDraw takes 16-bit distances: 65536 + 1 is 1.
-    EXPECT_EQ(vertical(pic.get(), 65537, false), gworld);
-    if (gworld) expected = shifted(expected, 0, 1);
-    EXPECT_TRUE(samePixels(expected, snapshot(pic.get())));
-
-    EXPECT_EQ(both(pic.get(), 100, -100, false, false), gworld);
-    if (gworld) expected = shifted(expected, 100, -100);
-    EXPECT_TRUE(samePixels(expected, snapshot(pic.get())));
+    const int steps[][3] = {{0, 2, 0}, {-3, 0, 1}, {0, 65537, 0}, {100, -100, 2}};  // dx, dy, method
+    for (const auto& step : steps) {
+        SCOPED_TRACE(::testing::Message() << step[0] << "," << step[1]);
+        const int dx = int16_t(step[0]), dy = int16_t(step[1]);
+        const bool answer = step[2] == 0 ? vertical(pic.get(), step[1], false)
+                            : step[2] == 1 ? horizontal(pic.get(), step[0], false)
+                                           : both(pic.get(), step[0], step[1], false);
+        EXPECT_EQ(answer, gworld || step[2] == 1);
+        // The pixels move; what they uncover is painted white by QuickDraw.
+        if (gworld)
+            expected = expectedFrom(expected, [&, s = expected](int x, int y, uint32_t) {
+                const int sx = x - dx, sy = y - dy;
+                return sx >= 0 && sx < s.width && sy >= 0 && sy < s.height ? s.at(sx, sy) : 0xFFFFFFu;
+            });
+        EXPECT_TRUE(samePixels(expected, snapshot(pic.get())));
+    }
 }
 
 TEST_P(ScrollTest, FailuresAndTheirAnswers) {
-    EXPECT_FALSE(vertical(nullptr, 1, true, true));
-    EXPECT_FALSE(vertical(nullptr, 1, false, true));
-    EXPECT_TRUE(horizontal(nullptr, 1, true, true));
-    EXPECT_TRUE(horizontal(nullptr, 1, false, true));
-    EXPECT_FALSE(both(nullptr, 1, 1, true, true));
-
+    for (bool wrap : {false, true})
+        EXPECT_TRUE(!vertical(nullptr, 1, wrap, true) && horizontal(nullptr, 1, wrap, true) &&
+                    !both(nullptr, 1, 1, wrap, true));
     Ref pic = randomPicture(5, 4, 3);
-    const int bpp = standin::bytesPerPixel(pic.get());
     const std::vector<uint8_t> before = rawPixels(pic.get());
     standin::failNth(standin::Fault::DescriptionLock, 1);
     EXPECT_FALSE(vertical(pic.get(), 1, true));
@@ -194,52 +156,46 @@ TEST_P(ScrollTest, FailuresAndTheirAnswers) {
     EXPECT_TRUE(horizontal(pic.get(), 1, true));
     EXPECT_EQ(rawPixels(pic.get()), before);
     if (!inPlace()) return;
-
     // Only the vertical part decides ScrollVQZ's answer.
     standin::failNth(standin::Fault::DescriptionLock, 1);  // the horizontal part fails
-    EXPECT_TRUE(both(pic.get(), 1, 1, true, false));
-    const std::vector<uint8_t> down = RowsRotated(before, 5, 4, bpp, 1);
-    EXPECT_EQ(rawPixels(pic.get()), down);
+    EXPECT_TRUE(both(pic.get(), 1, 1, true));
+    EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), before, 0, 1));
     standin::failNth(standin::Fault::DescriptionLock, 2);  // the vertical part fails
-    EXPECT_FALSE(both(pic.get(), 1, 1, true, false));
-    EXPECT_EQ(rawPixels(pic.get()), ColumnsRotated(down, 5, 4, bpp, 1));
+    EXPECT_FALSE(both(pic.get(), 1, 1, true));
+    EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), before, 1, 1));
     standin::failNth(standin::Fault::PixelLock, 1);
     EXPECT_EQ(vertical(pic.get(), 1, true), !format().desktop());
 }
 
 VQZ_ALL_FORMATS(ScrollTest);
 
-// Cases that need a desktop host.
-class ScrollDesktopTest : public PluginTest {};
+// Cases of a desktop host.
+class ScrollDesktopTest : public ScrollTest {};
 
-TEST_F(ScrollDesktopTest, MaskThatCannotBeChangedInPlace) {
-    Ref pic = makePicture(formatNamed("desktop32"), 4, 3);
-    Ref mask = makePicture(formatNamed("desktop8"), 4, 3);
-    fillRandom(pic.get(), 5);
+TEST_P(ScrollDesktopTest, MaskThatCannotBeChangedInPlace) {
+    Ref pic = randomPicture(4, 3, 5), mask = makePicture(formatNamed("desktop8"), 4, 3);
     fillRandom(mask.get(), 6);
     standin::setMask(pic.get(), mask.get());
     const std::vector<uint8_t> picBefore = rawPixels(pic.get()), maskBefore = rawPixels(mask.get());
-    // The vertical scroll stops before touching the picture.
-    EXPECT_FALSE(callBool(kVertical, pic.get(), {Int(1), Bool(true), Bool(true)}));
+    EXPECT_FALSE(vertical(pic.get(), 1, true, true));  // stops before touching the picture
     EXPECT_EQ(rawPixels(pic.get()), picBefore);
-    // The horizontal one scrolls the picture and leaves the mask.
-    EXPECT_TRUE(callBool(kHorizontal, pic.get(), {Int(1), Bool(true), Bool(true)}));
-    EXPECT_EQ(rawPixels(pic.get()), ColumnsRotated(picBefore, 4, 3, 4, 1));
+    EXPECT_TRUE(horizontal(pic.get(), 1, true, true));  // scrolls the picture and leaves the mask
+    EXPECT_EQ(rawPixels(pic.get()), rotated(pic.get(), picBefore, 1, 0));
     EXPECT_EQ(rawPixels(mask.get()), maskBefore);
     standin::setMask(pic.get(), nullptr);
 }
 
-TEST_F(ScrollDesktopTest, WithoutQuickDrawNothingMoves) {
-    HostConfig config = configFor(AppKind::Desktop);
+TEST_P(ScrollDesktopTest, WithoutQuickDrawNothingMoves) {
+    HostConfig config = configFor(format());
     config.frameworkMissing = true;
     load(config);
-    Ref pic = makePicture(formatNamed("desktop32"), 4, 3);
-    fillRandom(pic.get(), 7);
+    Ref pic = randomPicture(4, 3, 7);
     const std::vector<uint8_t> before = rawPixels(pic.get());
-    EXPECT_TRUE(callBool(kVertical, pic.get(), {Int(1), Bool(false), Bool(false)}));
-    EXPECT_TRUE(callBool(kHorizontal, pic.get(), {Int(1), Bool(false), Bool(false)}));
-    EXPECT_FALSE(callBool(kVertical, pic.get(), {Int(1), Bool(true), Bool(false)}));
+    EXPECT_TRUE(vertical(pic.get(), 1, false) && horizontal(pic.get(), 1, false));
+    EXPECT_FALSE(vertical(pic.get(), 1, true));
     EXPECT_EQ(rawPixels(pic.get()), before);
 }
+
+INSTANTIATE_TEST_SUITE_P(Desktop, ScrollDesktopTest, ::testing::Values(formatNamed("desktop32")), FormatName());
 
 }  // namespace

@@ -41,23 +41,18 @@ inline std::vector<bool> colorRectangleMask(const vqztest::Snapshot& source, int
                 }
         if (sx < 0) break;
         long long rx1 = sx, rx2 = sx, ry1 = sy, ry2 = sy;
-        bool grew = true;
-        while (grew) {
+        auto anySeed = [&](long long xa, long long ya, long long xb, long long yb) {
+            for (long long y = ya; y <= yb; ++y)
+                for (long long x = xa; x <= xb; ++x)
+                    if (seed[cell(x, y)]) return true;
+            return false;
+        };
+        for (bool grew = true; grew;) {  // one pass: above, below, left, right
             grew = false;
-            auto anyInRow = [&](long long y, long long from, long long to) {
-                for (long long x = from; x <= to; ++x)
-                    if (seed[cell(x, y)]) return true;
-                return false;
-            };
-            auto anyInColumn = [&](long long x, long long from, long long to) {
-                for (long long y = from; y <= to; ++y)
-                    if (seed[cell(x, y)]) return true;
-                return false;
-            };
-            if (anyInRow(ry1 - 1, rx1, rx2)) --ry1, grew = true;
-            if (anyInRow(ry2 + 1, rx1, rx2)) ++ry2, grew = true;
-            if (anyInColumn(rx1 - 1, ry1, ry2)) --rx1, grew = true;
-            if (anyInColumn(rx2 + 1, ry1, ry2)) ++rx2, grew = true;
+            if (anySeed(rx1, ry1 - 1, rx2, ry1 - 1)) --ry1, grew = true;
+            if (anySeed(rx1, ry2 + 1, rx2, ry2 + 1)) ++ry2, grew = true;
+            if (anySeed(rx1 - 1, ry1, rx1 - 1, ry2)) --rx1, grew = true;
+            if (anySeed(rx2 + 1, ry1, rx2 + 1, ry2)) ++rx2, grew = true;
         }
         for (long long y = ry1; y <= ry2; ++y)
             for (long long x = rx1; x <= rx2; ++x) {

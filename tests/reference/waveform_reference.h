@@ -56,16 +56,9 @@ inline void DrawWuLine(Image& image, long long x0, long long y0, long long x1, l
         dx = -dx;
     }
     const long long dy = y1 - y0;
-    if (dy == 0) {
-        for (long long k = 1; k <= dx; ++k) DrawPixel(image, x0 + k * xdir, y0, 0, outline);
-        return;
-    }
-    if (dx == 0) {
-        for (long long k = 1; k <= dy; ++k) DrawPixel(image, x0, y0 + k, 0, outline);
-        return;
-    }
-    if (dx == dy) {
-        for (long long k = 1; k <= dy; ++k) DrawPixel(image, x0 + k * xdir, y0 + k, 0, outline);
+    if (dy == 0 || dx == 0 || dx == dy) {  // horizontal, vertical or diagonal: no weighting
+        for (long long k = 1; k <= std::max(dx, dy); ++k)
+            DrawPixel(image, x0 + (dx == 0 ? 0 : k * xdir), y0 + (dy == 0 ? 0 : k), 0, outline);
         return;
     }
     const int bits = std::max(dx, dy) <= 32767 ? 16 : 32;
@@ -119,7 +112,6 @@ struct Result {
     bool nil = true;
     Image image;              // background, bars and the 1-pixel outline
     std::vector<Line> lines;  // the host lines of a wider outline
-    int penSize = 0;
 };
 
 // A sample of the block, by Bits.
@@ -145,9 +137,7 @@ inline Result Render(const std::vector<uint8_t>& block, const Params& p) {
     if (p.bits != 7 && p.bits != 8 && p.bits != 15 && p.bits != 16) return result;
     const long long bytesPerSample = (p.bits + 7) / 8;
     const long long held = (long long)block.size() / bytesPerSample;
-    long long N = p.sampleCount;
-    if (N < 1) N = held;
-    if (N > held) N = held;  // only what the block holds is read
+    const long long N = p.sampleCount < 1 ? held : std::min<long long>(p.sampleCount, held);  // never beyond the block
     const long long W = p.width < 1 ? N : p.width;
     const int H = p.height < 1 ? 500 : p.height;
     if (W < 1 || W > 32767 || H > 32767) return result;
@@ -213,11 +203,8 @@ inline Result Render(const std::vector<uint8_t>& block, const Params& p) {
             result.lines.push_back(Line{int(px - k), int(pl - k), int(x - k), int(el - k)});
             result.lines.push_back(Line{int(px - k), int(pu - k), int(x - k), int(eu - k)});
         }
-        px = x;
-        pl = el;
-        pu = eu;
+        px = x, pl = el, pu = eu;
     }
-    result.penSize = p.outlineWidth > 1 ? p.outlineWidth : 0;
     return result;
 }
 
