@@ -34,7 +34,6 @@ const char* kRenderSamples =
 const std::pair<const char*, const char*> kAccepted[] = {
     {"InvertVQZ as picture", "InvertVQZ() -> Picture"},
     {"Close", "Close() -> Void"},
-    {"Run as boolean", "Run() -> Boolean"},
     {"Reset()", "Reset() -> Void"},
     {"InvertVQZ(left as integer,top as integer,width as integer,height as integer) as picture",
      "InvertVQZ(left:Integer, top:Integer, width:Integer, height:Integer) -> Picture"},
@@ -42,8 +41,6 @@ const std::pair<const char*, const char*> kAccepted[] = {
      "integer)",
      "CountColorsVQZ(byref red:MemoryBlock, byref blue:MemoryBlock, byref green:MemoryBlock, byref count:Integer) -> "
      "Void"},
-    {"FindPicture(pic as picture, byref x as integer, byref y as integer) as boolean",
-     "FindPicture(pic:Picture, byref x:Integer, byref y:Integer) -> Boolean"},
     {kRenderSamples,
      "RenderSamplesVQZ(Samples:MemoryBlock, SampleCount:Integer, Smooth:Integer, Width:Integer, Height:Integer, "
      "outlinewidth:Integer, BackColor:Color=&c88B5C4, ForeColor:Color=&c274C5A, OutLineColor:Color=&c203F4E, "
@@ -51,7 +48,6 @@ const std::pair<const char*, const char*> kAccepted[] = {
     {"TransformColorsVQZ(red as memoryblock, blue as memoryblock, green as memoryblock, dest as picture = nil) as "
      "picture",
      "TransformColorsVQZ(red:MemoryBlock, blue:MemoryBlock, green:MemoryBlock, dest:Picture=nil) -> Picture"},
-    {"ColornessVQZ(threshold as integer = 10) as double", "ColornessVQZ(threshold:Integer=10) -> Double"},
     {"DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, sx as Integer = 0, sy "
      "as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)",
      "DrawPicture(Image:Picture, x:Integer, y:Integer, w:Integer, h:Integer, sx:Integer=0, sy:Integer=0, "

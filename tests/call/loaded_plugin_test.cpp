@@ -33,13 +33,11 @@ TEST(LoadedPlugin, EachInstanceRunsFromItsOwnCopy) {
     {
         LoadedPlugin plugin(standin::HostConfig{});
         ASSERT_TRUE(plugin.ok()) << plugin.error();
-        EXPECT_TRUE(plugin.error().empty());
         EXPECT_EQ(standin::registeredPluginVersion(), 9);
         EXPECT_EQ(std::string(std::getenv("VQZ_FRAMEWORKS_DIR")), kFrameworks);
         first = loadedFile(plugin);
         EXPECT_NE(first, LoadedPlugin::defaultModulePath());
         EXPECT_TRUE(exists(first)) << first;
-        EXPECT_EQ(plugin.symbol("NoSuchSymbolAnywhere"), nullptr);
     }
     EXPECT_FALSE(first.empty() || exists(first)) << first;  // the copy is gone with the instance
     EXPECT_TRUE(standin::ledger().clean()) << standin::ledger().detail;
@@ -55,7 +53,7 @@ TEST(LoadedPlugin, EveryRegisteredDeclarationParses) {
     auto check = [](const REALmethodDefinition* table, uintptr_t count, const char* where) {
         for (uintptr_t i = 0; table && i < count; ++i) {
             ASSERT_NE(table[i].declaration, nullptr) << where << " method " << i;
-            EXPECT_TRUE(standin::parseDeclaration(table[i].declaration)) << where << ": \"" << table[i].declaration << "\"";
+            EXPECT_TRUE(standin::parseDeclaration(table[i].declaration)) << where << ": " << table[i].declaration;
             EXPECT_NE(table[i].function, nullptr) << table[i].declaration;
         }
     };

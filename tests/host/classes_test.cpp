@@ -61,18 +61,6 @@ TEST_F(ClassesTest, RegistrationAndInstanceLifetime) {
     EXPECT_NE(api.objectType("WidgetVQZ"), nullptr);
     EXPECT_EQ(api.objectType("GadgetVQZ"), nullptr);
     EXPECT_EQ(api.newInstance("GadgetVQZ"), nullptr);
-    static REALclassDefinition extension{};
-    extension.version = 9;
-    extension.name = "Picture";
-    static REALmethodDefinition m1 = {nullptr, nullptr, "A()", 0}, m2 = {nullptr, nullptr, "B()", 0};
-    api.registerExtension(&extension);
-    api.registerMethod(&m1);
-    api.registerMethod(&m2);
-    ASSERT_EQ(registeredClasses().size(), 2u);
-    EXPECT_TRUE(registeredClasses()[1].extension);
-    EXPECT_EQ(extension.forSystemUse, 0u);  // extensions have no instance data
-    EXPECT_EQ(registeredGlobalMethods(), (std::vector<REALmethodDefinition*>{&m1, &m2}));
-
     // Zero-filled data at the written offset, then the constructor; the destructor at the last release.
     Obj w = api.newInstance("WidgetVQZ");
     ASSERT_NE(w, nullptr);

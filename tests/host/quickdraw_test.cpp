@@ -2,6 +2,7 @@
 #include <dlfcn.h>
 
 #include <string>
+#include <utility>
 
 #include "tests/host/host_fixture.h"
 
@@ -27,9 +28,7 @@ struct QuickDraw {
     Entry<RgnHandle()> NewRgn{sym("NewRgn")};
     Entry<void(RgnHandle)> DisposeRgn{sym("DisposeRgn")};
     Entry<void(const Rect*, int16_t, int16_t, RgnHandle)> ScrollRect{sym("ScrollRect")};
-    ~QuickDraw() {
-        if (library) dlclose(library);
-    }
+    ~QuickDraw() { if (library) dlclose(library); }
 };
 
 class QuickDrawTest : public HostTest {
@@ -60,40 +59,33 @@ TEST_F(QuickDrawTest, PixelMapsOfEveryDepth) {
     }
 }
 
-TEST_F(QuickDrawTest, PixelLocksAreCountedAndCanFail) {
+TEST_F(QuickDrawTest, PixelLocksPortsAndRegionsShowInTheLedger) {
     Ref p = Ref::adopt(newGWorldPicture(2, 2, 32));
     PixMapHandle pm = qd.GetGWorldPixMap(gworldOf(p.get()));
     EXPECT_TRUE(qd.LockPixels(pm));
     EXPECT_EQ(ledger().pixelLocks, 1);
     EXPECT_FALSE(ledger().clean());
     qd.UnlockPixels(pm);
-    EXPECT_EQ(ledger().pixelLocks, 0);
     failNth(Fault::PixelLock, 1);
     EXPECT_FALSE(qd.LockPixels(pm));
-    EXPECT_EQ(ledger().pixelLocks, 0);
-    EXPECT_EQ(occurrences(Fault::PixelLock), 2);
-    qd.UnlockPixels(pm);  // not locked
-    int bogus = 0;
-    EXPECT_EQ(qd.GetPixDepth(reinterpret_cast<PixMapHandle>(&bogus)), 0);
-    expectErrorsAndReset(2);
-    p.take();
-}
+    EXPECT_EQ(std::make_pair(ledger().pixelLocks, occurrences(Fault::PixelLock)), std::make_pair(0, 2));
 
-TEST_F(QuickDrawTest, CurrentPortAndRegionsShowInTheLedger) {
-    Ref p = Ref::adopt(newGWorldPicture(2, 2, 32));
     GWorldPtr saved = nullptr;
     void* device = nullptr;
     qd.GetGWorld(&saved, &device);
     EXPECT_NE(saved, nullptr);
     qd.SetGWorld(gworldOf(p.get()), nullptr);
     RgnHandle rgn = qd.NewRgn();
-    Ledger l = ledger();
-    EXPECT_TRUE(l.portChanged);
-    EXPECT_EQ(l.liveObjects, 2);  // the picture and the region
+    EXPECT_EQ(std::make_pair(ledger().portChanged, ledger().liveObjects), std::make_pair(true, 2));  // and the region
     qd.DisposeRgn(rgn);
     qd.SetGWorld(saved, device);
-    EXPECT_FALSE(ledger().portChanged);
-    EXPECT_EQ(ledger().liveObjects, 1);
+    EXPECT_EQ(std::make_pair(ledger().portChanged, ledger().liveObjects), std::make_pair(false, 1));
+
+    qd.UnlockPixels(pm);  // not locked
+    int bogus = 0;
+    EXPECT_EQ(qd.GetPixDepth(reinterpret_cast<PixMapHandle>(&bogus)), 0);
+    expectErrorsAndReset(2);
+    p.take();
 }
 
 // Distinct colors: red = x * 16, green = y * 16, blue 0x80.
@@ -114,7 +106,7 @@ TEST_P(ScrollRect, MovesPixelsInsideTheRectangleAndPaintsTheUncoveredPartWhite) 
             for (int x = 0; x < 6; ++x) setRGB(p.get(), x, y, pattern(x, y));
         GWorldPtr saved;
         void* device;
-        qd.GetGWorld(&saved, &device);
+        qd.GetGWorld(&saved, &device);  // ScrollRect works in the current port
         qd.SetGWorld(gworldOf(p.get()), nullptr);
         RgnHandle rgn = c.region ? qd.NewRgn() : nullptr;
         qd.ScrollRect(&c.r, c.dh, c.dv, rgn);

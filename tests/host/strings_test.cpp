@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "tests/host/host_fixture.h"
 
@@ -21,6 +22,8 @@ struct Conversion {
 };
 void PrintTo(const Conversion& c, std::ostream* os) { *os << c.name; }
 
+std::string bytesOf(const REALstringData& d) { return std::string(static_cast<const char*>(d.data), size_t(d.length)); }
+
 class Conversions : public HostTest, public ::testing::WithParamInterface<Conversion> {};
 
 TEST_P(Conversions, ThroughCodePointsAndBackAndAsStringData) {
@@ -28,16 +31,15 @@ TEST_P(Conversions, ThroughCodePointsAndBackAndAsStringData) {
     Ref utf8 = Ref::adopt(newString(kText, kEncodingUTF8));
     Ref converted = Ref::adopt(api.convertString(utf8.str(), c.encoding));
     ASSERT_TRUE(converted);
-    EXPECT_EQ(stringBytes(converted.get()), c.bytes);
-    EXPECT_EQ(api.getEncoding(converted.str()), c.encoding);
+    EXPECT_EQ(std::make_pair(stringBytes(converted.get()), api.getEncoding(converted.str())),
+              std::make_pair(c.bytes, c.encoding));
     Ref back = Ref::adopt(api.convertString(converted.str(), kEncodingUTF8));
     EXPECT_EQ(stringBytes(back.get()), c.backTo);
 
     REALstringData data{};
     ASSERT_TRUE(api.getStringData(utf8.str(), c.encoding, &data));
-    EXPECT_EQ(std::string(static_cast<char*>(data.data), size_t(data.length)), c.bytes);
-    EXPECT_EQ(data.encoding, c.encoding);
-    EXPECT_EQ(std::memcmp(static_cast<char*>(data.data) + data.length, "\0\0\0\0", 4), 0);
+    EXPECT_EQ(std::make_pair(bytesOf(data), data.encoding), std::make_pair(c.bytes, c.encoding));
+    EXPECT_EQ(std::memcmp(static_cast<char*>(data.data) + data.length, "\0\0\0\0", 4), 0);  // zero-terminated
     EXPECT_EQ(ledger().stringData, 1);
     api.disposeStringData(&data);
 }
@@ -74,7 +76,7 @@ TEST_F(StringsTest, StringDataAsStoredAndFailures) {
     Ref s = Ref::adopt(newString(std::string("a\0b", 3), kEncodingUTF16));
     REALstringData data{};
     ASSERT_TRUE(api.getStringData(s.str(), kEncodingAsStored, &data));
-    EXPECT_EQ(std::string(static_cast<char*>(data.data), size_t(data.length)), std::string("a\0b", 3));
+    EXPECT_EQ(bytesOf(data), std::string("a\0b", 3));
     api.disposeStringData(&data);
     EXPECT_FALSE(api.getStringData(nullptr, kEncodingUTF8, &data));
     EXPECT_FALSE(api.getStringData(s.str(), 0x12345, &data));
