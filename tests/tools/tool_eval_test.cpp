@@ -1,134 +1,123 @@
-// vqz eval, find and histogram print what the plugin answers when called directly.
+// vqz eval, find, histogram, encode and decode give what the plugin answers when
+// called directly.
 #ifdef VQZ_TOOL_PATH
 
-#include <cstdlib>
+#include <cstdio>
 #include <cstring>
 #include <sstream>
 
 #include "tests/support/fixture.h"
 #include "tests/tools/tool_runner.h"
+#include "tools/arguments.h"
 
 namespace {
 
 using namespace vqztest;
-using vqztool::runTool;
-using vqztool::TempDir;
+using namespace vqztool;
 
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    for (std::string l; std::getline(in, l);) out.push_back(l);
-    return out;
-}
+std::string yes(bool b) { return b ? "true" : "false"; }
 
 // A picture with some exact colors to count and a gray area.
 vqz::Image testImage() {
-    vqz::Image image = vqztool::randomImage(19, 13, 21);
-    for (int y = 0; y < 6; ++y)
-        for (int x = 0; x < 7; ++x) image.set(x, y, 0xFFFFFF);
-    for (int y = 6; y < 13; ++y)
-        for (int x = 0; x < 5; ++x) image.set(x, y, 0x404244);
+    vqz::Image image = randomImage(19, 13, 21);
+    for (int y = 0; y < 13; ++y)
+        for (int x = 0; x < 7; ++x) image.set(x, y, y < 6 ? 0xFFFFFF : x < 5 ? 0x404244 : image.rgb(x, y));
     return image;
+}
+
+vqz::Image crop(const vqz::Image& image, int left, int top, int width, int height) {
+    vqz::Image part(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) part.set(x, y, image.rgb(x + left, y + top));
+    return part;
 }
 
 class ToolEvalTest : public PluginFormatTest {
 protected:
-    vqztool::ToolRun tool(const TempDir& dir, std::vector<std::string> args) {
-        std::vector<std::string> all = vqztool::formatArgs(format());
-        all.insert(all.end(), args.begin(), args.end());
-        return runTool(all, dir.path());
+    void SetUp() override {
+        PluginFormatTest::SetUp();
+        vqz::writeImage(dir / "in.ppm", image);
+        vqz::writeImage(dir / "part.ppm", part);
+        vqz::writeImage(dir / "absent.ppm", absent);
+        pic = hold(hostPicture(format(), image));
     }
+    ToolRun tool(const std::vector<std::string>& args) { return runTool(format(), args, dir.path()); }
+
+    // FindPicture on the input: found, x, y.
+    std::vector<Value> find(const vqz::Image& needle) {
+        std::vector<Value> args = {Value::object(TypeName::Picture, hostPicture(format(), needle)), Value::integer(0),
+                                   Value::integer(0)};
+        Value found = callMethodRef(
+            "Picture", "FindPicture(pic as picture, byref x as integer, byref y as integer) as boolean", pic, args);
+        args[0] = found;
+        return args;
+    }
+    // CountColorsVQZ on the input: the red, blue and green blocks and the count.
+    std::vector<Value> countColors() {
+        std::vector<Value> count = {Value::nil(), Value::nil(), Value::nil(), Value::integer(0)};
+        callMethodRef("Picture",
+                      "CountColorsVQZ(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, "
+                      "byref count as integer)",
+                      pic, count);
+        return count;
+    }
+
+    TempDir dir;
+    const vqz::Image image = testImage(), part = crop(image, 11, 6, 5, 4), absent = randomImage(5, 4, 99);
+    void* pic = nullptr;
 };
 
-TEST_P(ToolEvalTest, PrintsTestsAndMeasures) {
-    TempDir dir;
-    vqz::Image image = testImage();
-    vqztool::writePpm(dir / "in.ppm", image);
-    vqztool::ToolRun run = tool(dir, {"eval", "in.ppm", "isGrayVQZ(5)", "ColornessVQZ", "CountColorVQZ(&cFFFFFF)",
-                                      "isWhiteVQZ(0, 0, 7, 6)", "isGrayVQZ(3, 0, 6, 5, 7)", "isBlackVQZ"});
-    ASSERT_EQ(run.status, 0) << vqztool::describe(run);
-    std::vector<std::string> out = lines(run.out);
-    ASSERT_EQ(out.size(), 6u) << run.out;
-
-    Ref pic = vqztool::hostPicture(format(), image);
-    auto boolText = [](bool b) { return std::string(b ? "true" : "false"); };
-    EXPECT_EQ(out[0], boolText(callBool("isGrayVQZ(tolerance as integer = 0) as boolean", pic.get(), {Value::integer(5)})));
-    // The measure prints a double that reads back to exactly the plugin's answer.
-    EXPECT_EQ(std::strtod(out[1].c_str(), nullptr),
-              callDouble("ColornessVQZ(threshold as integer = 10) as double", pic.get()));
-    EXPECT_EQ(out[2], std::to_string(callInt("CountColorVQZ(col as color) as integer", pic.get(),
-                                             {Value::color(0xFFFFFF)})));
-    EXPECT_EQ(out[3], boolText(callBool("isWhiteVQZ(left as integer,top as integer,width as integer,height as "
-                                        "integer) as boolean",
-                                        pic.get(),
-                                        {Value::integer(0), Value::integer(0), Value::integer(7), Value::integer(6)})));
-    EXPECT_EQ(out[4], boolText(callBool("isGrayVQZ(tolerance as integer, left as integer,top as integer,width as "
-                                        "integer,height as integer) as boolean",
-                                        pic.get(),
-                                        {Value::integer(3), Value::integer(0), Value::integer(6), Value::integer(5),
-                                         Value::integer(7)})));
-    EXPECT_EQ(out[5], boolText(callBool("isBlackVQZ as boolean", pic.get())));
-}
-
-TEST_P(ToolEvalTest, PrintsByrefArguments) {
-    TempDir dir;
-    vqz::Image image = testImage();
-    vqztool::writePpm(dir / "in.ppm", image);
-    vqz::Image part(4, 3);
-    for (int y = 0; y < 3; ++y)
-        for (int x = 0; x < 4; ++x) part.set(x, y, image.rgb(x + 9, y + 7));
-    vqztool::writePpm(dir / "part.ppm", part);
-    vqztool::ToolRun run = tool(dir, {"eval", "in.ppm", "FindPicture(part.ppm)", "CountColorsVQZ"});
-    ASSERT_EQ(run.status, 0) << vqztool::describe(run);
-
-    Ref pic = vqztool::hostPicture(format(), image);
-    std::vector<Value> find = {Value::object(TypeName::Picture, vqztool::hostPicture(format(), part)), Value::integer(0),
-                               Value::integer(0)};
-    Value found = callMethodRef("Picture", "FindPicture(pic as picture, byref x as integer, byref y as integer) as boolean",
-                                pic.get(), find);
-    std::vector<Value> count = {Value::nil(), Value::nil(), Value::nil(), Value::integer(0)};
-    callMethodRef("Picture",
-                  "CountColorsVQZ(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, "
-                  "byref count as integer)",
-                  pic.get(), count);
-    std::string expected = std::string(found.i ? "true" : "false") + "\nx = " + std::to_string(find[1].i) +
-                           "\ny = " + std::to_string(find[2].i) + "\n";
-    const char* declared[3] = {"red", "blue", "green"};
-    for (size_t i = 0; i < 3; ++i)
-        expected += std::string(declared[i]) + " = " +
-                    (count[i].isNil() ? std::string("nil")
-                                      : "MemoryBlock of " + std::to_string(standin::memoryBlockSize(count[i].ref.get())) +
-                                            " bytes") +
-                    "\n";
-    expected += "count = " + std::to_string(count[3].i) + "\n";
-    EXPECT_EQ(run.out, expected);
+TEST_P(ToolEvalTest, PrintsResultsAndByrefArguments) {
+    auto ints = [](std::initializer_list<int> v) {
+        std::vector<Value> values;
+        for (int i : v) values.push_back(Value::integer(i));
+        return values;
+    };
+    auto block = [](const Value& v) {
+        return v.isNil() ? "nil" : "MemoryBlock of " + std::to_string(standin::memoryBlockSize(v.ref.get())) + " bytes";
+    };
+    std::vector<Value> found = find(part), count = countColors();
+    // Each call and what it prints.
+    const std::pair<std::string, std::string> calls[] = {
+        {"isGrayVQZ(5)", yes(callBool("isGrayVQZ(tolerance as integer = 0) as boolean", pic, ints({5})))},
+        // The shortest text that reads back to exactly the plugin's double.
+        {"ColornessVQZ", vqz::formatDouble(callDouble("ColornessVQZ(threshold as integer = 10) as double", pic))},
+        {"CountColorVQZ(&cFFFFFF)",
+         std::to_string(callInt("CountColorVQZ(col as color) as integer", pic, {Value::color(0xFFFFFF)}))},
+        {"isWhiteVQZ(0, 0, 7, 6)",
+         yes(callBool("isWhiteVQZ(left as integer,top as integer,width as integer,height as integer) as boolean", pic,
+                      ints({0, 0, 7, 6})))},
+        {"isGrayVQZ(3, 0, 6, 5, 7)",
+         yes(callBool("isGrayVQZ(tolerance as integer, left as integer,top as integer,width as integer,height as "
+                      "integer) as boolean",
+                      pic, ints({3, 0, 6, 5, 7})))},
+        {"isBlackVQZ", yes(callBool("isBlackVQZ as boolean", pic))},
+        {"FindPicture(part.ppm)",
+         yes(found[0].i) + "\nx = " + std::to_string(found[1].i) + "\ny = " + std::to_string(found[2].i)},
+        {"CountColorsVQZ", "red = " + block(count[0]) + "\nblue = " + block(count[1]) + "\ngreen = " + block(count[2]) +
+                               "\ncount = " + std::to_string(count[3].i)},
+    };
+    std::vector<std::string> args = {"eval", "in.ppm"};
+    std::string want;
+    for (const auto& [call, printed] : calls) {
+        args.push_back(call);
+        want += printed + "\n";
+    }
+    ToolRun run = tool(args);
+    ASSERT_EQ(run.status, 0) << describe(run);
+    EXPECT_EQ(run.out, want);
 }
 
 TEST_P(ToolEvalTest, FindPrintsTheCornerOrFailsWithStatusOne) {
-    TempDir dir;
-    vqz::Image image = testImage();
-    vqztool::writePpm(dir / "hay.ppm", image);
-    vqz::Image part(5, 4);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 5; ++x) part.set(x, y, image.rgb(x + 11, y + 6));
-    vqztool::writePpm(dir / "part.ppm", part);
-    vqz::Image absent = vqztool::randomImage(5, 4, 99);
-    vqztool::writePpm(dir / "absent.ppm", absent);
-
     for (const char* needle : {"part.ppm", "absent.ppm"}) {
         SCOPED_TRACE(needle);
-        vqztool::ToolRun run = tool(dir, {"find", "hay.ppm", needle});
-        Ref hay = vqztool::hostPicture(format(), image);
-        std::vector<Value> args = {
-            Value::object(TypeName::Picture, vqztool::hostPicture(format(), std::string(needle) == "part.ppm" ? part : absent)),
-            Value::integer(0), Value::integer(0)};
-        Value found = callMethodRef(
-            "Picture", "FindPicture(pic as picture, byref x as integer, byref y as integer) as boolean", hay.get(), args);
-        if (found.i) {
-            EXPECT_EQ(run.status, 0) << vqztool::describe(run);
-            EXPECT_EQ(run.out, std::to_string(args[1].i) + " " + std::to_string(args[2].i) + "\n");
+        ToolRun run = tool({"find", "in.ppm", needle});
+        std::vector<Value> found = find(std::strcmp(needle, "part.ppm") == 0 ? part : absent);
+        if (found[0].i) {
+            EXPECT_EQ(run.status, 0) << describe(run);
+            EXPECT_EQ(run.out, std::to_string(found[1].i) + " " + std::to_string(found[2].i) + "\n");
         } else {
-            EXPECT_EQ(run.status, 1) << vqztool::describe(run);
+            EXPECT_EQ(run.status, 1) << describe(run);
             EXPECT_EQ(run.out, "");
             EXPECT_NE(run.err.find("was not found"), std::string::npos) << run.err;
         }
@@ -136,30 +125,23 @@ TEST_P(ToolEvalTest, FindPrintsTheCornerOrFailsWithStatusOne) {
 }
 
 TEST_P(ToolEvalTest, HistogramSummarizesTheCountsAndPlots) {
-    TempDir dir;
-    vqz::Image image = testImage();
-    vqztool::writePpm(dir / "in.ppm", image);
-    vqztool::ToolRun run = tool(dir, {"histogram", "in.ppm", "-o", "plot.png"});
-
-    Ref pic = vqztool::hostPicture(format(), image);
-    std::vector<Value> count = {Value::nil(), Value::nil(), Value::nil(), Value::integer(0)};
-    callMethodRef("Picture",
-                  "CountColorsVQZ(byref red as memoryblock, byref blue as memoryblock, byref green as memoryblock, "
-                  "byref count as integer)",
-                  pic.get(), count);
+    ToolRun run = tool({"histogram", "in.ppm", "-o", "plot.png"});
+    std::vector<Value> count = countColors();
     if (count[3].i < 0 || count[0].isNil()) {
-        EXPECT_EQ(run.status, 2) << vqztool::describe(run);
+        EXPECT_EQ(run.status, 2) << describe(run);
         return;
     }
-    ASSERT_EQ(run.status, 0) << vqztool::describe(run);
-    std::vector<std::string> out = lines(run.out);
+    ASSERT_EQ(run.status, 0) << describe(run);
+    std::vector<std::string> out;
+    std::istringstream lines(run.out);
+    for (std::string l; std::getline(lines, l);) out.push_back(l);
     ASSERT_EQ(out.size(), 5u) << run.out;
     EXPECT_EQ(out[0], "pixels   " + std::to_string(count[3].i));
     // Means from the blocks: the first counts red, the second green, the third blue.
-    const char* names[3] = {"red", "green", "blue"};
-    for (int c = 0; c < 3; ++c) {
+    const char* names[3] = {"red      ", "green    ", "blue     "};
+    for (size_t c = 0; c < 3; ++c) {
         uint32_t counts[256];
-        std::memcpy(counts, standin::memoryBlockData(count[size_t(c)].ref.get()), sizeof counts);
+        std::memcpy(counts, standin::memoryBlockData(count[c].ref.get()), sizeof counts);
         double sum = 0, n = 0;
         for (int i = 0; i < 256; ++i) {
             sum += double(counts[i]) * i;
@@ -167,12 +149,40 @@ TEST_P(ToolEvalTest, HistogramSummarizesTheCountsAndPlots) {
         }
         char mean[32];
         std::snprintf(mean, sizeof mean, "%-8.3f", sum / n);
-        EXPECT_EQ(out[size_t(c) + 2].substr(0, 17), std::string(names[c]) + std::string(9 - std::strlen(names[c]), ' ') + mean)
-            << out[size_t(c) + 2];
+        EXPECT_EQ(out[c + 2].substr(0, 17), names[c] + std::string(mean)) << out[c + 2];
     }
-    vqz::Image plot = vqztool::readPicture(dir / "plot.png");
+    vqz::Image plot = vqz::readImage(dir / "plot.png");
     EXPECT_EQ(plot.width, 512);
     EXPECT_EQ(plot.height, 200);
+}
+
+TEST_P(ToolEvalTest, EncodeWritesTheStringAndDecodeReadsStringsBack) {
+    ToolRun run = tool({"encode", "in.ppm", "in.ppic"});
+    Value text = callGlobal("PicturetoBinaryStringVQZ(p as picture) as string", {Value::picture(pic)});
+    std::string encoded;
+    if (text.isNil()) {
+        EXPECT_EQ(run.status, 2) << describe(run);
+    } else {
+        ASSERT_EQ(run.status, 0) << describe(run);
+        encoded = standin::stringBytes(text.ref.get());
+        EXPECT_EQ(dir.read("in.ppic"), encoded);
+    }
+    // The string the tool wrote, then strings that are no picture.
+    for (const std::string& bytes :
+         {encoded, std::string(), std::string("PPIC\0\0\0\x09x", 9), std::string("not a picture at all")}) {
+        SCOPED_TRACE(::testing::PrintToString(bytes));
+        dir.write("in.ppic", bytes);
+        run = tool({"decode", "in.ppic", "out.png"});
+        Ref direct = callGlobalPicture("BinaryStringtoPictureVQZ(data as String) as Picture",
+                                       {Value::object(TypeName::String, makeString(bytes, kEncodingAsStored))});
+        expectOutput(run, direct, dir / "out.png");
+        if (!direct) {
+            EXPECT_EQ(run.err,
+                      "vqz: in.ppic: BinaryStringtoPictureVQZ returned nil: not a valid binary string picture\n");
+            EXPECT_EQ(dir.entries(), (std::vector<std::string>{"absent.ppm", "in.ppic", "in.ppm", "part.ppm"}));
+        }
+        std::remove((dir / "out.png").c_str());
+    }
 }
 
 VQZ_READER_FORMATS(ToolEvalTest);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "tools/arguments.h"
 #include "tools/errors.h"
 #include "tools/expression.h"
@@ -20,66 +22,54 @@ TEST(CallExpression, SplitsArgumentsAtTopLevelCommasOnly) {
     std::string text;
     ASSERT_TRUE(vqz::parseStringLiteral(e.args[1], text));
     EXPECT_EQ(text, "a, (b)\"c");
-}
-
-TEST(CallExpression, NamesAloneEmptyParenthesesAndAssignments) {
     EXPECT_TRUE(parseCallExpression("InvertVQZ").args.empty());
     EXPECT_TRUE(parseCallExpression("InvertVQZ()").args.empty());
-    CallExpression e = parseCallExpression("EmbeddedMaskVQZ(true) = mask.png");
+    e = parseCallExpression("EmbeddedMaskVQZ(true) = mask.png");
     EXPECT_EQ(e.args, std::vector<std::string>{"true"});
     ASSERT_TRUE(e.assigned);
     EXPECT_EQ(*e.assigned, "mask.png");
 }
 
-TEST(CallExpression, RejectsMalformedCalls) {
-    for (const char* bad : {"", "(1)", "Foo(1,", "Foo(1,,2)", "Foo(,)", "Foo(\"open)", "Foo(1) extra", "Foo =", "1Foo"}) {
-        SCOPED_TRACE(bad);
-        EXPECT_THROW(parseCallExpression(bad), vqz::ToolError);
-    }
-    EXPECT_TRUE(vqz::looksLikeCall("InvertVQZ"));
-    EXPECT_TRUE(vqz::looksLikeCall("ChangeContrastVQZ(0.5)"));
-    EXPECT_TRUE(vqz::looksLikeCall("EmbeddedMaskVQZ(true) = m.png"));
-    EXPECT_FALSE(vqz::looksLikeCall("picture.png"));
-    EXPECT_FALSE(vqz::looksLikeCall("dir/picture"));
+TEST(CallExpression, TellsCallsFromFilesAndRejectsMalformedOnes) {
+    for (const char* bad : {"", "(1)", "Foo(1,", "Foo(1,,2)", "Foo(,)", "Foo(\"open)", "Foo(1) extra", "Foo =", "1Foo"})
+        EXPECT_THROW(parseCallExpression(bad), vqz::ToolError) << bad;
+    for (const char* call : {"InvertVQZ", "ChangeContrastVQZ(0.5)", "EmbeddedMaskVQZ(true) = m.png"})
+        EXPECT_TRUE(vqz::looksLikeCall(call)) << call;
+    for (const char* file : {"picture.png", "dir/picture"}) EXPECT_FALSE(vqz::looksLikeCall(file)) << file;
 }
 
-TEST(Literals, WholeNumbersColorsAndDoubles) {
+TEST(Literals, WholeNumbersColorsDoublesAndBooleans) {
+    for (auto [text, value] :
+         {std::pair<const char*, int64_t>{"-42", -42}, {"&hFFFFFFFF", 0xFFFFFFFFll}, {"&b101", 5}, {"&o17", 15}}) {
+        int64_t i = 0;
+        EXPECT_TRUE(vqz::parseIntegerLiteral(text, i)) << text;
+        EXPECT_EQ(i, value) << text;
+    }
+    for (auto [text, value] : {std::pair<const char*, double>{"-0.25", -0.25}, {"1e3", 1000}, {"&h10", 16}}) {
+        double d = 0;
+        EXPECT_TRUE(vqz::parseDoubleLiteral(text, d)) << text;
+        EXPECT_EQ(d, value) << text;
+    }
     int64_t i = 0;
-    EXPECT_TRUE(vqz::parseIntegerLiteral("-42", i));
-    EXPECT_EQ(i, -42);
-    EXPECT_TRUE(vqz::parseIntegerLiteral("&hFFFFFFFF", i));
-    EXPECT_EQ(i, 0xFFFFFFFFll);
-    EXPECT_TRUE(vqz::parseIntegerLiteral("&b101", i));
-    EXPECT_EQ(i, 5);
-    EXPECT_TRUE(vqz::parseIntegerLiteral("&o17", i));
-    EXPECT_EQ(i, 15);
-    for (const char* bad : {"", "-", "1.5", "&h", "&h1FFFFFFFF", "&b2", "12a", " 1"}) EXPECT_FALSE(vqz::parseIntegerLiteral(bad, i)) << bad;
-
     uint32_t c = 0;
+    double d = 0;
+    bool b = false;
+    for (const char* bad : {"", "-", "1.5", "&h", "&h1FFFFFFFF", "&b2", "12a", " 1"})
+        EXPECT_FALSE(vqz::parseIntegerLiteral(bad, i)) << bad;
+    for (const char* bad : {"", "nan", "inf", "1e999", "0x10", "1,5", "--1"})
+        EXPECT_FALSE(vqz::parseDoubleLiteral(bad, d)) << bad;
+    for (const char* bad : {"&c12345", "&c1234567", "&cGG0000", "#88B5C4"})
+        EXPECT_FALSE(vqz::parseColorLiteral(bad, c)) << bad;
     EXPECT_TRUE(vqz::parseColorLiteral("&c88b5C4", c));
     EXPECT_EQ(c, 0x88B5C4u);
-    for (const char* bad : {"&c12345", "&c1234567", "&cGG0000", "#88B5C4"}) EXPECT_FALSE(vqz::parseColorLiteral(bad, c)) << bad;
-
-    double d = 0;
-    EXPECT_TRUE(vqz::parseDoubleLiteral("-0.25", d));
-    EXPECT_EQ(d, -0.25);
-    EXPECT_TRUE(vqz::parseDoubleLiteral("1e3", d));
-    EXPECT_EQ(d, 1000);
-    EXPECT_TRUE(vqz::parseDoubleLiteral("&h10", d));
-    EXPECT_EQ(d, 16);
-    for (const char* bad : {"", "nan", "inf", "1e999", "0x10", "1,5", "--1"}) EXPECT_FALSE(vqz::parseDoubleLiteral(bad, d)) << bad;
-
-    bool b = false;
     EXPECT_TRUE(vqz::parseBooleanLiteral("True", b));
     EXPECT_TRUE(b);
     EXPECT_FALSE(vqz::parseBooleanLiteral("1", b));
 }
 
 TEST(Literals, DoublesPrintShortestAndReadBackExactly) {
-    for (double v : {0.1, 1.0 / 3.0, 0.94102498958333, 1e-300, -2.5, 123456789.0}) {
-        std::string text = vqz::formatDouble(v);
-        EXPECT_EQ(std::strtod(text.c_str(), nullptr), v) << text;
-    }
+    for (double v : {0.1, 1.0 / 3.0, 0.94102498958333, 1e-300, -2.5, 123456789.0})
+        EXPECT_EQ(std::strtod(vqz::formatDouble(v).c_str(), nullptr), v) << vqz::formatDouble(v);
     EXPECT_EQ(vqz::formatDouble(0.5), "0.5");
     EXPECT_EQ(vqz::formatDouble(3.0), "3");
 }

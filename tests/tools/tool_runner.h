@@ -10,6 +10,7 @@
 
 #include "tests/support/fixture.h"
 #include "tools/image.h"
+#include "tools/image_io.h"
 
 namespace vqztool {
 
@@ -19,8 +20,11 @@ struct ToolRun {
     std::string err;
 };
 
-// Runs vqz with `args` in `workdir` ("" for the current directory).
+// Runs vqz with `args` in `workdir` ("" for the current directory), with the ledger
+// check on: a run that leaves host objects behind fails the test.
 ToolRun runTool(const std::vector<std::string>& args, const std::string& workdir = "");
+// The same, with the global options that make the input pictures in the host format `f`.
+ToolRun runTool(const vqztest::HostFormat& f, const std::vector<std::string>& args, const std::string& workdir);
 
 // Prints a run for failure messages.
 std::string describe(const ToolRun& run);
@@ -34,8 +38,7 @@ public:
     TempDir& operator=(const TempDir&) = delete;
     const std::string& path() const { return path_; }
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-    // The names in the directory (not recursive), sorted.
-    std::vector<std::string> entries() const;
+    std::vector<std::string> entries() const;  // not recursive, sorted
     void write(const std::string& name, const std::string& bytes) const;
     std::string read(const std::string& name) const;
     bool exists(const std::string& name) const;
@@ -44,21 +47,19 @@ private:
     std::string path_;
 };
 
-// The global options that make the tool's input pictures in a host format.
-std::vector<std::string> formatArgs(const vqztest::HostFormat& f);
-
-// Random pixels (opaque).
+// Random opaque pixels.
 vqz::Image randomImage(int width, int height, uint32_t seed);
-// Writes a binary PPM (the simplest format; the tests of other formats write their own).
-void writePpm(const std::string& path, const vqz::Image& image);
-// Reads any image file the tool writes (through the tool's readers).
-vqz::Image readPicture(const std::string& path);
+// The colors of an image file, read through the tool's readers, for comparison with
+// pictures from direct calls.
+vqztest::Snapshot fileSnapshot(const std::string& path);
 
 // An input picture in the current host, made as the tool makes it: a picture of
 // the format with each pixel set through the host.
 standin::Ref hostPicture(const vqztest::HostFormat& f, const vqz::Image& image);
-// A snapshot of an image file, for comparison with pictures from direct calls.
-vqztest::Snapshot snapshotOf(const vqz::Image& image);
+
+// Expects `run` to have written `expected` to `path`, each channel within
+// `tolerance`; a null `expected` (the plugin made no picture) expects status 2.
+void expectOutput(const ToolRun& run, const standin::Ref& expected, const std::string& path, int tolerance = 0);
 
 }  // namespace vqztool
 
