@@ -9,7 +9,7 @@ for p in python3-opencv python3-numpy ffmpeg; do dpkg -s "$p" >/dev/null 2>&1 ||
 if [ ${#missing[@]} -gt 0 ]; then
     sudo=""
     [ "$(id -u)" -ne 0 ] && sudo=sudo
-    $sudo apt-get update -qq
+    $sudo apt-get update -qq || echo "apt-get update reported errors; trying the install anyway" >&2
     DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 for peer in "$here"/peers/*.py; do
