@@ -108,6 +108,7 @@ protected:
         const Trouble none;
         for (const Probe& probe : probes) {
             Expected e;
+            e.copiesOnDesktop = format().desktop();
             Usage u;
             int before[kFaultKinds] = {};
             int scratchBefore = 0;

@@ -132,6 +132,9 @@ struct Expected {
     std::vector<Outcome> failures;      // the failure answers
     std::vector<Outcome> alternatives;  // the probe's own alternatives
     std::vector<Outcome> inputsCopied;  // read-only inputs read through a copy
+    // Whether the plugin may read through copies at all: on a desktop host, or where
+    // it cannot tell what kind of host it runs in.
+    bool copiesOnDesktop = false;
 };
 
 struct Probe {
@@ -159,6 +162,8 @@ extern const char* const kQuickDrawLibrary;
 bool hiddenIs(const Trouble& t, std::initializer_list<const char*> names);
 bool faultIs(const Trouble& t, Fault f);
 bool matchesAny(const Outcome& got, const std::vector<Outcome>& outcomes);  // same parts as one of them
+// Whether a troubled run may have read its inputs through copies.
+bool copiesPossible(const Expected& expected, const Trouble& trouble);
 
 // True when an outcome's exception is the expected one, or what raising it can
 // degrade to under the trouble (see RaiseException: another class when the first
