@@ -22,23 +22,15 @@ constexpr int kPadBytes = 7;
 
 class PixelBuffer {
 public:
-    PixelBuffer(int code, int width, int height)
-        : code_(code),
-          width_(width),
-          height_(height),
-          stride_(width * reference::color::bytesPerPixel(code) + kPadBytes),
-          bytes_(size_t(stride_) * size_t(height > 0 ? height : 1), kGuard) {}
-
-    // Random bytes in every pixel, mask bytes included.
-    void fillRandom(std::mt19937& random) {
-        for (int y = 0; y < height_; ++y)
-            for (int x = 0; x < pixelBytes(); ++x) row(y)[x] = uint8_t(random());
-    }
-    // Random colors from a small palette, so that exact matches are common.
-    void fillFromPalette(std::mt19937& random, const std::vector<uint32_t>& palette) {
-        fillRandom(random);
-        for (int y = 0; y < height_; ++y)
-            for (int x = 0; x < width_; ++x) setColor(x, y, palette[random() % palette.size()]);
+    // Random bytes in every pixel, mask bytes included (else guard bytes); then, given a
+    // palette, random colors from it, so that exact matches are common.
+    PixelBuffer(int code, int width, int height, std::mt19937* random, const std::vector<uint32_t>& palette = {})
+        : code_(code), width_(width), height_(height), bpp_(reference::color::bytesPerPixel(code)),
+          stride_(width * bpp_ + kPadBytes), bytes_(size_t(stride_) * size_t(height), kGuard) {
+        for (int y = 0; y < height && random; ++y)
+            for (int x = 0; x < width * bpp_; ++x) row(y)[x] = uint8_t((*random)());
+        for (int y = 0; y < height && !palette.empty(); ++y)
+            for (int x = 0; x < width; ++x) setColor(x, y, palette[(*random)() % palette.size()]);
     }
 
     // Opens `editor` on these pixels, at row 0.
@@ -48,48 +40,41 @@ public:
         editor.pixelType = code_;
         editor.width = width_;
         editor.height = height_;
-        editor.bytesPerPixel = reference::color::bytesPerPixel(code_);
+        editor.bytesPerPixel = bpp_;
         editor.rowIndex = 0;
-        if (code_ == 8) {
-            editor.rowBytes = width_ * 4;
-            editor.rowTable = rowTable_.data();
-            editor.base = editor.row = height_ > 0 ? rowTable_[0] : bytes_.data();
-        } else {
-            editor.rowBytes = stride_;
-            editor.rowTable = nullptr;
-            editor.base = editor.row = bytes_.data();
-        }
+        editor.rowBytes = code_ == 8 ? width_ * 4 : stride_;
+        editor.rowTable = code_ == 8 ? rowTable_.data() : nullptr;
+        editor.base = editor.row = row(0);
     }
 
     int code() const { return code_; }
     int width() const { return width_; }
     int height() const { return height_; }
-    uint8_t* pixel(int x, int y) { return row(y) + x * reference::color::bytesPerPixel(code_); }
-    uint32_t color(int x, int y) { return reference::color::decode(code_, pixel(x, y)); }
+    const uint8_t* pixel(int x, int y) const { return row(y) + x * bpp_; }
+    std::vector<uint8_t> pixelBytes(int x, int y) const { return {pixel(x, y), pixel(x, y) + bpp_}; }
+    uint32_t color(int x, int y) const { return reference::color::decode(code_, pixel(x, y)); }
+    // Sets the color bytes, leaving the mask byte.
     void setColor(int x, int y, uint32_t rgb) {
         const auto bytes = reference::color::encode(code_, rgb);
-        uint8_t* p = pixel(x, y);
-        const int mask = code_ == 13 ? 0 : code_ == 8 ? 3 : -1;
-        for (int i = 0; i < reference::color::bytesPerPixel(code_); ++i)
-            if (i != mask) p[i] = bytes[size_t(i)];
+        uint8_t* p = const_cast<uint8_t*>(pixel(x, y));
+        for (int i = 0; i < bpp_; ++i)
+            if (i != (code_ == 13 ? 0 : code_ == 8 ? 3 : -1)) p[i] = bytes[size_t(i)];
     }
-    std::vector<uint8_t> pixelBytesOf(int x, int y) {
-        return std::vector<uint8_t>(pixel(x, y), pixel(x, y) + reference::color::bytesPerPixel(code_));
-    }
-
-    bool guardsIntact() {
+    bool guardsIntact() const {
         for (int y = 0; y < height_; ++y)
-            for (int i = pixelBytes(); i < stride_; ++i)
+            for (int i = width_ * bpp_; i < stride_; ++i)
                 if (row(y)[i] != kGuard) return false;
         return true;
     }
 
 private:
-    int pixelBytes() const { return width_ * reference::color::bytesPerPixel(code_); }
     // Code 8 rows are laid out bottom-up in memory, so only the row table finds them.
-    uint8_t* row(int y) { return bytes_.data() + size_t(stride_) * size_t(code_ == 8 ? height_ - 1 - y : y); }
+    const uint8_t* row(int y) const {
+        return bytes_.data() + size_t(stride_) * size_t(code_ == 8 ? height_ - 1 - y : y);
+    }
+    uint8_t* row(int y) { return const_cast<uint8_t*>(static_cast<const PixelBuffer*>(this)->row(y)); }
 
-    int code_, width_, height_, stride_;
+    int code_, width_, height_, bpp_, stride_;
     std::vector<uint8_t> bytes_;
     std::vector<uint8_t*> rowTable_;
 };
@@ -97,20 +82,21 @@ private:
 // Checks that `out` holds, for every pixel of the reader's area, the writer's bytes for
 // expected(x, y), and that the rest of `out` equals `before` (a copy taken earlier).
 template <class Expected>
-::testing::AssertionResult writtenAs(PixelBuffer& out, PixelBuffer& before, int width, int height, Expected expected) {
+::testing::AssertionResult writtenAs(const PixelBuffer& out, const PixelBuffer& before, int width, int height,
+                                     Expected expected) {
+    if (!out.guardsIntact()) return ::testing::AssertionFailure() << "bytes written past a row's pixels";
     int wrong = 0;
     ::testing::Message first;
     for (int y = 0; y < out.height(); ++y) {
         for (int x = 0; x < out.width(); ++x) {
-            std::vector<uint8_t> want = before.pixelBytesOf(x, y);
+            std::vector<uint8_t> want = before.pixelBytes(x, y);
             if (x < width && y < height) {
                 const auto bytes = reference::color::encode(out.code(), expected(x, y));
-                want.assign(bytes.begin(), bytes.begin() + reference::color::bytesPerPixel(out.code()));
+                want.assign(bytes.begin(), bytes.begin() + long(want.size()));
             }
-            if (want != out.pixelBytesOf(x, y) && ++wrong <= 4) first << " (" << x << "," << y << ")";
+            if (want != out.pixelBytes(x, y) && ++wrong <= 4) first << " (" << x << "," << y << ")";
         }
     }
-    if (!out.guardsIntact()) return ::testing::AssertionFailure() << "bytes written past a row's pixels";
     if (wrong) return ::testing::AssertionFailure() << wrong << " pixels differ, first at" << first;
     return ::testing::AssertionSuccess();
 }

@@ -4,6 +4,7 @@
 // written outside the reader's area or past a row's pixels.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 #include <tuple>
@@ -17,14 +18,15 @@ namespace {
 
 using colortest::kPixelCodes;
 using colortest::PixelBuffer;
-using colortest::writtenAs;
 namespace ref = reference::color;
+using Sources = std::vector<PixelBuffer>;
+using Readers = std::vector<PictureReader>;
 
 struct Size {
     int width, height;
 };
 // Small odd sizes, and rows longer than one chunk of the chunked loops.
-const Size kSizes[] = {{1, 1}, {3, 2}, {7, 5}, {37, 4}, {513, 2}, {1100, 3}};
+const std::vector<Size> kSizes = {{1, 1}, {3, 2}, {7, 5}, {37, 4}, {513, 2}, {1100, 3}};
 
 class ColorKernelPairs : public ::testing::TestWithParam<std::tuple<int, int>> {
 protected:
@@ -32,85 +34,73 @@ protected:
     int writerCode() const { return std::get<1>(GetParam()); }
     std::mt19937 random{uint32_t(readerCode() * 31 + writerCode())};
 
-    PixelBuffer randomBuffer(int code, Size size) {
-        PixelBuffer b(code, size.width, size.height);
-        b.fillRandom(random);
-        return b;
-    }
-    // Runs `kernel(reader, writer)` from a random source into a random target that is
-    // `extra` pixels larger each way, and checks the target against `expected(rgb)`.
+    // Runs `kernel(readers, writer)` on random sources of `codes` (from `palette` if
+    // given) into a random target of the writer's format, `extra` pixels larger each
+    // way, and checks the target against expected(sources, x, y).
     template <class Kernel, class Expected>
-    void checkMap(Kernel kernel, Expected expected, int extra = 0,
-                  std::vector<Size> sizes = {std::begin(kSizes), std::end(kSizes)}) {
+    void check(std::vector<int> codes, Kernel kernel, Expected expected, const std::vector<Size>& sizes = kSizes,
+               int extra = 0, const std::vector<uint32_t>& palette = {}) {
         for (Size size : sizes) {
             SCOPED_TRACE(::testing::Message() << size.width << "x" << size.height);
-            PixelBuffer source = randomBuffer(readerCode(), size);
-            PixelBuffer target = randomBuffer(writerCode(), Size{size.width + extra, size.height + extra});
-            PixelBuffer before = target;
-            PictureReader reader;
+            Sources sources;
+            Readers readers(codes.size());
+            for (size_t i = 0; i < codes.size(); ++i) sources.emplace_back(codes[i], size.width, size.height, &random, palette);
+            for (size_t i = 0; i < codes.size(); ++i) sources[i].expose(readers[i]);
+            PixelBuffer target(writerCode(), size.width + extra, size.height + extra, &random);
+            const PixelBuffer before = target;
             PictureWriter writer;
-            source.expose(reader);
             target.expose(writer);
-            kernel(reader, writer);
-            EXPECT_TRUE(writtenAs(target, before, size.width, size.height,
-                                  [&](int x, int y) { return expected(source.color(x, y)); }));
+            kernel(readers, writer);
+            EXPECT_TRUE(colortest::writtenAs(target, before, size.width, size.height,
+                                             [&](int x, int y) { return expected(sources, x, y); }));
         }
+    }
+    // The same for kernels whose result depends on one source color only.
+    template <class Kernel, class Map>
+    void checkMap(Kernel kernel, Map map, const std::vector<Size>& sizes = kSizes, int extra = 0,
+                  const std::vector<uint32_t>& palette = {}) {
+        check({readerCode()}, [&](Readers& r, PictureWriter& w) { kernel(r[0], w); },
+              [&](const Sources& s, int x, int y) { return map(s[0].color(x, y)); }, sizes, extra, palette);
     }
 };
 
 // Both ways of tinting (plain doubles, and the table of the integer brightness with
 // doubles where rounding decides) against the reference.
 TEST_P(ColorKernelPairs, Tint) {
-    const std::vector<std::pair<uint32_t, uint32_t>> colors = {{0x555555, 0xFFFFFF},
-                                                               {0xFFFFFF, 0xFFFFFF},
-                                                               {0xFF0000, 0xFF8000},
-                                                               {0x000000, 0x123456},
-                                                               {0x4D9619, 0xFFE0B0},
-                                                               {0xAB4D1E3F, 0xFF70420A},
-                                                               {uint32_t(random()), uint32_t(random())},
-                                                               {uint32_t(random()), uint32_t(random())}};
+    const std::pair<uint32_t, uint32_t> colors[] = {
+        {0x555555, 0xFFFFFF}, {0xFFFFFF, 0xFFFFFF},   {0xFF0000, 0xFF8000},
+        {0x000000, 0x123456}, {0x4D9619, 0xFFE0B0},   {0xAB4D1E3F, 0xFF70420A},
+        {uint32_t(random()), uint32_t(random())},     {uint32_t(random()), uint32_t(random())}};
     for (auto [grey, sepia] : colors) {
         SCOPED_TRACE(::testing::Message() << std::hex << grey << " " << sepia);
-        auto expected = [&](uint32_t rgb) { return ref::tint(rgb, grey, sepia); };
-        checkMap([&](PictureReader& r, PictureWriter& w) { TintPixels(r, w, grey, sepia); }, expected);
-        checkMap([&](PictureReader& r, PictureWriter& w) { TintPixelsInDoubles(r, w, grey, sepia); }, expected);
+        auto map = [&](uint32_t rgb) { return ref::tint(rgb, grey, sepia); };
+        checkMap([&](PictureReader& r, PictureWriter& w) { TintPixels(r, w, grey, sepia); }, map);
+        checkMap([&](PictureReader& r, PictureWriter& w) { TintPixelsInDoubles(r, w, grey, sepia); }, map);
         checkMap([&](PictureReader& r, PictureWriter& w) { ASSERT_TRUE(TintPixelsThroughTable(r, w, grey, sepia)); },
-                 expected);
+                 map);
     }
 }
 
 TEST_P(ColorKernelPairs, EmbeddedMaskToGray) {
     for (bool swap : {false, true}) {
-        for (Size size : kSizes) {
-            PixelBuffer source = randomBuffer(readerCode(), size);
-            PixelBuffer target = randomBuffer(writerCode(), size);
-            PixelBuffer before = target;
-            PictureReader reader;
-            PictureWriter writer;
-            source.expose(reader);
-            target.expose(writer);
-            MaskToGray(reader, writer, swap);
-            EXPECT_TRUE(writtenAs(target, before, size.width, size.height,
-                                  [&](int x, int y) {
-                                      const int a = ref::embeddedMask(readerCode(), source.pixel(x, y));
-                                      return ref::gray(swap ? 255 - a : a);
-                                  }))
-                << "swap " << swap;
-        }
+        check({readerCode()}, [&](Readers& r, PictureWriter& w) { MaskToGray(r[0], w, swap); },
+              [&](const Sources& s, int x, int y) {
+                  const int a = ref::embeddedMask(readerCode(), s[0].pixel(x, y));
+                  return ref::gray(swap ? 255 - a : a);
+              });
     }
 }
 
 // Here the first code is the picture's and the second the mask's; the mask is
-// smaller, equal or larger than the picture.
+// smaller, equal or larger than the picture. Only the mask bytes change: to the value
+// itself where the byte can hold it, else to the nearest a 7-bit byte holds.
 TEST_P(ColorKernelPairs, GrayToEmbeddedMask) {
-    const int pictureCode = readerCode(), maskCode = writerCode();
+    const int pictureCode = readerCode();
     for (bool swap : {false, true}) {
         for (Size maskSize : {Size{4, 3}, Size{9, 6}, Size{12, 8}}) {
-            SCOPED_TRACE(::testing::Message()
-                         << "mask " << maskSize.width << "x" << maskSize.height << " swap " << swap);
-            PixelBuffer picture = randomBuffer(pictureCode, Size{9, 6});
-            PixelBuffer mask = randomBuffer(maskCode, maskSize);
-            PixelBuffer before = picture;
+            SCOPED_TRACE(::testing::Message() << "mask " << maskSize.width << "x" << maskSize.height << " swap " << swap);
+            PixelBuffer picture(pictureCode, 9, 6, &random), mask(writerCode(), maskSize.width, maskSize.height, &random);
+            const PixelBuffer before = picture;
             PictureEditor pictureEditor, maskEditor;
             picture.expose(pictureEditor);
             mask.expose(maskEditor);
@@ -118,114 +108,69 @@ TEST_P(ColorKernelPairs, GrayToEmbeddedMask) {
             EXPECT_TRUE(picture.guardsIntact());
             for (int y = 0; y < 6; ++y) {
                 for (int x = 0; x < 9; ++x) {
-                    std::vector<uint8_t> want = before.pixelBytesOf(x, y);
+                    std::vector<uint8_t> want = before.pixelBytes(x, y);
                     if (x < maskSize.width && y < maskSize.height && pictureCode != 12) {
-                        const int red = ref::redOf(mask.color(x, y));
-                        const int v = swap ? 255 - red : red;
-                        // The stored value reads back as itself where the byte can hold
-                        // it; a 7-bit byte keeps the top seven bits.
-                        if (pictureCode == 13) want[0] = uint8_t(v);
-                        if (pictureCode == 8) want[3] = uint8_t(v >> 1);
-                        const int back = ref::embeddedMask(pictureCode, want.data());
-                        EXPECT_LE(std::abs(back - v), pictureCode == 8 ? 1 : 0);
+                        const int red = ref::redOf(mask.color(x, y)), v = swap ? 255 - red : red;
+                        want[pictureCode == 13 ? 0 : 3] = uint8_t(pictureCode == 13 ? v : v >> 1);
+                        EXPECT_LE(std::abs(ref::embeddedMask(pictureCode, want.data()) - v), pictureCode == 8 ? 1 : 0);
                     }
-                    ASSERT_EQ(want, picture.pixelBytesOf(x, y)) << "pixel " << x << "," << y;
+                    ASSERT_EQ(want, picture.pixelBytes(x, y)) << "pixel " << x << "," << y;
                 }
             }
         }
     }
 }
 
-// The first code is source 1's and the second the writer's; source 2 takes each code.
+// Source 1 and the writer take the pair's codes, source 2 every code.
 TEST_P(ColorKernelPairs, Merge) {
-    for (int secondCode : kPixelCodes) {
-        SCOPED_TRACE(::testing::Message() << "second source code " << secondCode);
-        for (Size size : kSizes) {
-            PixelBuffer a = randomBuffer(readerCode(), size), b = randomBuffer(secondCode, size);
-            PixelBuffer target = randomBuffer(writerCode(), size);
-            PixelBuffer before = target;
-            PictureReader ra, rb;
-            PictureWriter writer;
-            a.expose(ra);
-            b.expose(rb);
-            target.expose(writer);
-            MergePixels(ra, rb, writer);
-            EXPECT_TRUE(writtenAs(target, before, size.width, size.height,
-                                  [&](int x, int y) { return ref::merge(a.color(x, y), b.color(x, y)); }));
-        }
+    for (int second : kPixelCodes) {
+        check({readerCode(), second}, [](Readers& r, PictureWriter& w) { MergePixels(r[0], r[1], w); },
+              [](const Sources& s, int x, int y) { return ref::merge(s[0].color(x, y), s[1].color(x, y)); });
     }
 }
 
-// The first code is the red source's and the second the writer's; the green and
-// blue sources take every code.
+// The red source and the writer take the pair's codes, green and blue every code.
 TEST_P(ColorKernelPairs, Combine) {
-    const Size size{13, 3};
-    for (int greenCode : kPixelCodes) {
-        for (int blueCode : kPixelCodes) {
-            PixelBuffer red = randomBuffer(readerCode(), size), green = randomBuffer(greenCode, size),
-                        blue = randomBuffer(blueCode, size), target = randomBuffer(writerCode(), size);
-            PixelBuffer before = target;
-            PictureReader rr, rg, rb;
-            PictureWriter writer;
-            red.expose(rr);
-            green.expose(rg);
-            blue.expose(rb);
-            target.expose(writer);
-            CombinePixels(rr, rg, rb, writer);
-            EXPECT_TRUE(writtenAs(
-                target, before, size.width, size.height,
-                [&](int x, int y) { return ref::combine(red.color(x, y), green.color(x, y), blue.color(x, y)); }))
-                << "green code " << greenCode << ", blue code " << blueCode;
+    for (int green : kPixelCodes) {
+        for (int blue : kPixelCodes) {
+            check({readerCode(), green, blue}, [](Readers& r, PictureWriter& w) { CombinePixels(r[0], r[1], r[2], w); },
+                  [](const Sources& s, int x, int y) {
+                      return ref::combine(s[0].color(x, y), s[1].color(x, y), s[2].color(x, y));
+                  },
+                  {Size{13, 3}});
         }
     }
 }
 
-// The writer is larger than the reader, as a destination picture may be.
+// The writer is larger than the reader, as a destination picture may be; big
+// pictures also get a table indexed by two channels at once.
 TEST_P(ColorKernelPairs, LookupTables) {
     uint8_t tables[3][256];
     for (auto& table : tables)
         for (uint8_t& entry : table) entry = uint8_t(random());
     auto kernel = [&](PictureReader& r, PictureWriter& w) { MapThroughTables(r, w, tables[0], tables[1], tables[2]); };
-    auto expected = [&](uint32_t rgb) { return ref::transform(rgb, tables[0], tables[1], tables[2]); };
-    checkMap(kernel, expected, 3);
-    // Big pictures also get a table indexed by two channels at once.
-    checkMap(kernel, expected, 1, {Size{520, 512}});
+    auto map = [&](uint32_t rgb) { return ref::transform(rgb, tables[0], tables[1], tables[2]); };
+    checkMap(kernel, map, kSizes, 3);
+    checkMap(kernel, map, {Size{520, 512}}, 1);
 }
 
 TEST_P(ColorKernelPairs, ReplaceAndExtract) {
     const std::vector<uint32_t> palette = {0x0A141E, 0x0A141F, 0x0B141E, 0x0A151E, 0xFFFFFF};
     const uint32_t search = 0x0A141E, with = 0x123456, background = 0xFEDCBA;
-    for (bool extract : {false, true}) {
-        for (Size size : kSizes) {
-            PixelBuffer source(readerCode(), size.width, size.height);
-            source.fillFromPalette(random, palette);
-            PixelBuffer target = randomBuffer(writerCode(), size);
-            PixelBuffer before = target;
-            PictureReader reader;
-            PictureWriter writer;
-            source.expose(reader);
-            target.expose(writer);
-            if (extract)
-                ExtractMatchingPixels(reader, writer, ColorToRGB(search), ColorToRGB(with), ColorToRGB(background));
-            else
-                ReplaceMatchingPixels(reader, writer, ColorToRGB(search), ColorToRGB(with));
-            EXPECT_TRUE(writtenAs(target, before, size.width, size.height, [&](int x, int y) {
-                const uint32_t rgb = source.color(x, y);
-                return extract ? ref::extract(rgb, search, with, background) : ref::replace(rgb, search, with);
-            })) << (extract ? "extract" : "replace");
-        }
-    }
+    checkMap([&](PictureReader& r, PictureWriter& w) { ReplaceMatchingPixels(r, w, ColorToRGB(search), ColorToRGB(with)); },
+             [&](uint32_t rgb) { return ref::replace(rgb, search, with); }, kSizes, 0, palette);
+    checkMap(
+        [&](PictureReader& r, PictureWriter& w) {
+            ExtractMatchingPixels(r, w, ColorToRGB(search), ColorToRGB(with), ColorToRGB(background));
+        },
+        [&](uint32_t rgb) { return ref::extract(rgb, search, with, background); }, kSizes, 0, palette);
 }
 
-// Counting reads one picture: one case per reader format.
-class ColorKernelReaders : public ::testing::TestWithParam<int> {};
-
-TEST_P(ColorKernelReaders, CountingReadsEveryPixelOnce) {
-    std::mt19937 random{uint32_t(GetParam())};
+// Counting reads one picture; each pair runs it on its reader format.
+TEST_P(ColorKernelPairs, CountingReadsEveryPixelOnce) {
     const std::vector<uint32_t> palette = {0x0A141E, 0x0A141F, 0x1E140A, 0x000000};
     for (Size size : kSizes) {
-        PixelBuffer source(GetParam(), size.width, size.height);
-        source.fillFromPalette(random, palette);
+        PixelBuffer source(readerCode(), size.width, size.height, &random, palette);
         vqztest::Snapshot s;
         s.width = size.width;
         s.height = size.height;
@@ -238,18 +183,16 @@ TEST_P(ColorKernelReaders, CountingReadsEveryPixelOnce) {
         ChannelHistograms counted;
         CountChannelValues(reader, counted);
         const ref::Histograms expected = ref::histograms(s);
-        for (int i = 0; i < 256; ++i) {
-            ASSERT_EQ(counted.red[i], expected.red[size_t(i)]) << "red " << i;
-            ASSERT_EQ(counted.green[i], expected.green[size_t(i)]) << "green " << i;
-            ASSERT_EQ(counted.blue[i], expected.blue[size_t(i)]) << "blue " << i;
-        }
+        EXPECT_TRUE(std::equal(expected.red.begin(), expected.red.end(), counted.red));
+        EXPECT_TRUE(std::equal(expected.green.begin(), expected.green.end(), counted.green));
+        EXPECT_TRUE(std::equal(expected.blue.begin(), expected.blue.end(), counted.blue));
     }
 }
 
 // The table way on every color there is, for colors where the brightness often lands
 // exactly on a channel boundary (equal weights, white) and for ordinary ones.
 TEST(ColorKernelTint, TableMatchesReferenceOnEveryColor) {
-    PixelBuffer source(13, 4096, 4096), target(13, 4096, 4096);
+    PixelBuffer source(13, 4096, 4096, nullptr), target(13, 4096, 4096, nullptr);
     for (int y = 0; y < 4096; ++y)
         for (int x = 0; x < 4096; ++x) source.setColor(x, y, uint32_t(y) << 12 | uint32_t(x));
     for (auto [grey, sepia] :
@@ -267,15 +210,11 @@ TEST(ColorKernelTint, TableMatchesReferenceOnEveryColor) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(ReaderCodes, ColorKernelReaders, ::testing::ValuesIn(kPixelCodes),
-                         [](const ::testing::TestParamInfo<int>& info) { return "code" + std::to_string(info.param); });
-
-std::string PairName(const ::testing::TestParamInfo<std::tuple<int, int>>& info) {
-    return "code" + std::to_string(std::get<0>(info.param)) + "_to_code" + std::to_string(std::get<1>(info.param));
-}
-
 INSTANTIATE_TEST_SUITE_P(NinePairs, ColorKernelPairs,
                          ::testing::Combine(::testing::ValuesIn(kPixelCodes), ::testing::ValuesIn(kPixelCodes)),
-                         PairName);
+                         [](const ::testing::TestParamInfo<std::tuple<int, int>>& info) {
+                             return "code" + std::to_string(std::get<0>(info.param)) + "_to_code" +
+                                    std::to_string(std::get<1>(info.param));
+                         });
 
 }  // namespace
