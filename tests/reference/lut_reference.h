@@ -56,17 +56,18 @@ struct FilterBounds {
     int32_t minX = 0, minY = 0, maxX = 0, maxY = 0;
 };
 
+// A right or bottom end: the bound when it lies above the minimum and inside, else the edge.
+inline long long blockEnd(int32_t min, int32_t max, int size) { return max > min && max < size ? max : size; }
+
 template <class PixelMap>
 vqztest::Snapshot filterBlock(const vqztest::Snapshot& source, const vqztest::Snapshot& fresh, FilterBounds b,
                               PixelMap map) {
     const int W = source.width, H = source.height;
-    const long long xEnd = b.maxX > b.minX && b.maxX < W ? b.maxX : W;
-    const long long yEnd = b.maxY > b.minY && b.maxY < H ? b.maxY : H;
-    const long long columns = std::min<long long>(xEnd - b.minX, W);
+    const long long columns = std::min<long long>(blockEnd(b.minX, b.maxX, W) - b.minX, W);
     vqztest::Snapshot out = fresh;
     out.mask.clear();
     int row = 0;
-    for (long long pass = 0; pass < yEnd - b.minY; ++pass) {
+    for (long long pass = 0; pass < blockEnd(b.minY, b.maxY, H) - b.minY; ++pass) {
         for (long long x = 0; x < columns; ++x) out.rgb[size_t(row) * size_t(W) + size_t(x)] = map(source.at(int(x), row));
         row = row + 1 < H ? row + 1 : 0;
     }
@@ -75,9 +76,16 @@ vqztest::Snapshot filterBlock(const vqztest::Snapshot& source, const vqztest::Sn
 
 // Which pixels the block covers (for the mask bytes).
 inline bool inFilterBlock(int W, int H, FilterBounds b, int x, int y) {
-    const long long xEnd = b.maxX > b.minX && b.maxX < W ? b.maxX : W;
-    const long long yEnd = b.maxY > b.minY && b.maxY < H ? b.maxY : H;
-    return x < xEnd - b.minX && y < yEnd - b.minY;
+    return x < blockEnd(b.minX, b.maxX, W) - b.minX && y < blockEnd(b.minY, b.maxY, H) - b.minY;
+}
+
+// The result's mask bytes: `written` inside the block, the fresh picture's elsewhere.
+inline std::vector<uint8_t> filterBlockMask(const vqztest::Snapshot& fresh, FilterBounds b, uint8_t written) {
+    std::vector<uint8_t> mask = fresh.mask;
+    for (int y = 0; y < fresh.height && !mask.empty(); ++y)
+        for (int x = 0; x < fresh.width; ++x)
+            if (inFilterBlock(fresh.width, fresh.height, b, x, y)) mask[size_t(y) * size_t(fresh.width) + size_t(x)] = written;
+    return mask;
 }
 
 }  // namespace reference

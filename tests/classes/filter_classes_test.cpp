@@ -1,0 +1,432 @@
+// PictureLut3DVQZ and PictureSepiaVQZ through the host: Run against the plain
+// per-pixel versions in every format and over the bounds, their exact examples,
+// their accessors, and what they do with their pictures when Run succeeds, fails or
+// Close comes.
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "classes/lut3d.h"
+#include "tests/reference/lut_reference.h"
+#include "tests/support/fixture.h"
+
+namespace {
+
+using namespace vqztest;
+using reference::FilterBounds;
+using reference::LutTable;
+
+const char* const kLut = "PictureLut3DVQZ";
+const char* const kSepia = "PictureSepiaVQZ";
+const char* const kTable = "Table(r as UInt32, g as UInt32, b as UInt32, x as UInt32) as double";
+const double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
+
+// ---------------------------------------------------------------- plain versions
+
+// Values around and beyond the channel range so that both clamps are exercised.
+// Most are whole numbers: interpolating between them lands on or next to whole
+// numbers, where the last bit of the sum decides the truncated byte.
+LutTable randomTable(std::mt19937& random) {
+    LutTable t;
+    std::uniform_real_distribution<double> value(-30.0, 290.0);
+    for (double& e : t.element) e = random() % 4 ? std::floor(value(random)) : value(random);
+    return t;
+}
+
+template <class Node>  // node(r, g, b) -> {red, green, blue}
+LutTable tableOf(Node node) {
+    LutTable t;
+    for (int i = 0; i < 18 * 18 * 18; ++i) {
+        const std::array<double, 3> v = node(i / 324, i / 18 % 18, i % 18);
+        for (int x = 0; x < 3; ++x) t.at(i / 324, i / 18 % 18, i % 18, x) = v[size_t(x)];
+    }
+    return t;
+}
+
+struct SepiaSettings {
+    double red = 0.299, green = 0.587, blue = 0.114;
+    int32_t offsetRed = 0, offsetGreen = 0, offsetBlue = 0;
+};
+
+// A weight in 1/1024 steps, truncated; weights that do not fit 32 bits are held at
+// the limits and NaN counts as 0 (how the filter settles them).
+int64_t weightSteps(double w) {
+    const double s = w * 1024.0;
+    if (std::isnan(s)) return 0;
+    if (s >= 2147483647.0) return INT32_MAX;
+    if (s <= -2147483648.0) return INT32_MIN;
+    return int64_t(s);
+}
+
+// Gray from the integer weights with truncating division (exact, in 64 bits), plus
+// each offset, held to 0..255.
+uint32_t sepiaColor(const SepiaSettings& s, uint32_t c) {
+    const int64_t gray = (redOf(c) * weightSteps(s.red) + greenOf(c) * weightSteps(s.green) +
+                          blueOf(c) * weightSteps(s.blue)) / 1024;
+    auto channel = [&](int32_t offset) { return int(std::min<int64_t>(std::max<int64_t>(gray + offset, 0), 255)); };
+    return rgbOf(channel(s.offsetRed), channel(s.offsetGreen), channel(s.offsetBlue));
+}
+
+// ---------------------------------------------------------------- the fixture
+
+class FilterTest : public PluginFormatTest {
+protected:
+    bool run(const char* cls, void* filter) { return callBool(cls, "Run as boolean", filter); }
+    Ref destination(void* filter) { return objectProperty(filter, "DestinationPicture"); }
+    void setBounds(void* filter, FilterBounds b) {
+        setIntProperty(filter, "MinX", b.minX);
+        setIntProperty(filter, "MinY", b.minY);
+        setIntProperty(filter, "MaxX", b.maxX);
+        setIntProperty(filter, "MaxY", b.maxY);
+    }
+    // Whole tables go straight into the instance data (the accessor has its own test).
+    static void loadTable(void* filter, const LutTable& t) {
+        memcpy(static_cast<Lut3DClassData*>(standin::instanceData(filter))->table, t.element.data(),
+               sizeof(Lut3DClassData::table));
+    }
+    void applySepia(void* filter, const SepiaSettings& s) {
+        setDoubleProperty(filter, "FactorRed", s.red);
+        setDoubleProperty(filter, "FactorBlue", s.green);  // the crossed names: FactorBlue is the green weight
+        setDoubleProperty(filter, "FactorGreen", s.blue);
+        setIntProperty(filter, "SepiaRed", s.offsetRed);
+        setIntProperty(filter, "SepiaGreen", s.offsetGreen);
+        setIntProperty(filter, "SepiaBlue", s.offsetBlue);
+    }
+
+    // Runs the filter on `source` within `b` and compares the whole result with `map`
+    // applied to the block, mask bytes included: 255 (desktop) or 0 where written,
+    // else the new picture's.
+    template <class Map>
+    void expectRun(const char* cls, void* filter, void* source, FilterBounds b, Map map) {
+        SCOPED_TRACE(::testing::Message() << "bounds " << b.minX << " " << b.minY << " " << b.maxX << " " << b.maxY);
+        setObjectProperty(filter, "SourcePicture", source);
+        setBounds(filter, b);
+        ASSERT_TRUE(run(cls, filter));
+        Ref out = destination(filter);
+        ASSERT_TRUE(out);
+        const Snapshot src = snapshot(source), got = snapshot(out.get());
+        const Snapshot fresh = snapshot(makeHostPicture(src.width, src.height).get());
+        EXPECT_TRUE(samePixels(reference::filterBlock(src, fresh, b, map), got));
+        EXPECT_EQ(got.mask, reference::filterBlockMask(fresh, b, format().desktop() ? 255 : 0));
+        EXPECT_TRUE(standin::guardsIntact(out.get()));
+    }
+    void expectLut(void* filter, void* source, const LutTable& t, FilterBounds b = {}) {
+        expectRun(kLut, filter, source, b, [&](uint32_t c) { return reference::lutColor(t, c); });
+    }
+    void expectSepia(void* filter, void* source, const SepiaSettings& s, FilterBounds b = {}) {
+        applySepia(filter, s);
+        expectRun(kSepia, filter, source, b, [&](uint32_t c) { return sepiaColor(s, c); });
+    }
+    // Counts past 32 bits (which the reference cannot walk) map the whole picture once.
+    void expectWholePicture(const char* cls, void* filter, FilterBounds b) {
+        SCOPED_TRACE(::testing::Message() << "bounds " << b.minX << " " << b.minY << " " << b.maxX << " " << b.maxY);
+        setBounds(filter, FilterBounds{});
+        ASSERT_TRUE(run(cls, filter));
+        Ref whole = destination(filter);
+        setBounds(filter, b);
+        ASSERT_TRUE(run(cls, filter));
+        EXPECT_TRUE(samePixels(snapshot(whole.get()), snapshot(destination(filter).get())));
+    }
+    // Random bounds around and beyond a side of `size`.
+    static int32_t randomBound(std::mt19937& random, int size) { return int32_t(random() % (3 * size + 7)) - size - 3; }
+};
+
+// ---------------------------------------------------------------- the lookup table in every format
+
+class LutTest : public FilterTest {};
+
+TEST_P(LutTest, MatchesTheInterpolationOnRandomTablesPicturesAndBounds) {
+    std::mt19937 random(1234 + GetParam().depth * 3 + int(GetParam().kind));
+    void* filter = hold(makeInstance(kLut));
+    LutTable table;  // a new instance's nodes are all 0: black wherever Run writes
+    for (int round = 0; round < 11; ++round) {
+        const int w = 1 + int(random() % 29), h = 1 + int(random() % 19);
+        Ref source = randomPicture(w, h, random());
+        for (int k = 0; k < 4; ++k) {
+            const FilterBounds b{randomBound(random, w), randomBound(random, h), randomBound(random, w),
+                                 randomBound(random, h)};
+            expectLut(filter, source.get(), table, b);
+        }
+        expectLut(filter, source.get(), table);
+        table = randomTable(random);
+        loadTable(filter, table);
+    }
+}
+
+// Nodes 16 and 17 are never read (an input of 255 sits on node 15), so even NaN
+// there changes nothing; among the nodes that are read, NaN gives 0 and the rest
+// clamps, never undefined.
+TEST_P(LutTest, NonFiniteNodes) {
+    std::mt19937 random(77);
+    void* filter = hold(makeInstance(kLut));
+    Ref source = randomPicture(23, 11, 3);
+    for (int x = 0; x < 16; ++x) {
+        const uint32_t c = standin::getRGB(source.get(), x, 0);
+        standin::setRGB(source.get(), x, 0, c | (x & 1 ? 0xFF0000u : 0) | (x & 2 ? 0xFF00u : 0) | (x & 4 ? 0xFFu : 0));
+    }
+    standin::setRGB(source.get(), 15, 1, 0xFFFFFF);
+    const double special[] = {kNaN, kInf, -1e308, -kInf, 1e300, 255.0, 255.5, -0.5};
+    LutTable t = randomTable(random);
+    for (int i = 0; i < 18 * 18 * 18 * 3; ++i)
+        if (i / 972 > 15 || i / 54 % 18 > 15 || i / 3 % 18 > 15) t.element[size_t(i)] = special[i % 3];
+    loadTable(filter, t);
+    expectLut(filter, source.get(), t);
+    for (size_t i = 0; i < t.element.size(); i += 1 + random() % 5) t.element[i] = special[random() % 8];
+    loadTable(filter, t);
+    expectLut(filter, source.get(), t);
+}
+
+TEST_P(LutTest, BoundsRules) {
+    std::mt19937 random(11);
+    void* filter = hold(makeInstance(kLut));
+    const LutTable t = randomTable(random);
+    loadTable(filter, t);
+    const int W = 40, H = 12;
+    Ref source = randomPicture(W, H, 21);
+    const FilterBounds cases[] = {
+        {10, 0, 20, 0},          // columns 0 to 9 of every row
+        {0, 3, 0, 7},            // rows 0 to 3
+        {0, 0, W, H},            // a right bound at the edge counts as the edge
+        {5, 5, 5, 5},            // bounds not above the minimum: the edges
+        {0, H, 0, 0},            // no row
+        {W, 0, 0, 0},            // no column
+        {0, -3, 0, 0},           // more passes than rows: the rows again
+        {0, -2 * H - 5, 0, 4},   // several times over
+        {-7, 0, 0, 0},           // more pixels than the row: the row
+        {-10, -10, -5, -5},      // negative bounds above their minimums
+        {INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN},
+    };
+    for (const FilterBounds& b : cases) expectLut(filter, source.get(), t, b);
+    for (const FilterBounds& b : {FilterBounds{INT32_MIN, INT32_MIN, 0, 0}, FilterBounds{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX}})
+        expectWholePicture(kLut, filter, b);
+}
+
+VQZ_ALL_FORMATS(LutTest);
+
+// ---------------------------------------------------------------- the sepia tone in every format
+
+class SepiaTest : public FilterTest {};
+
+TEST_P(SepiaTest, MatchesThePlainToningOnRandomSettingsAndBounds) {
+    std::mt19937 random(99 + GetParam().depth + 7 * int(GetParam().kind));
+    void* filter = hold(makeInstance(kSepia));
+    std::uniform_real_distribution<double> weight(-1.5, 1.5);
+    auto offset = [&] { return int32_t(random() % 601) - 300; };
+    for (int round = 0; round < 8; ++round) {
+        const int w = 1 + int(random() % 31), h = 1 + int(random() % 17);
+        Ref source = randomPicture(w, h, random());
+        const SepiaSettings s{weight(random), weight(random), weight(random), offset(), offset(), offset()};
+        const FilterBounds b{randomBound(random, w), randomBound(random, h), randomBound(random, w),
+                             randomBound(random, h)};
+        expectSepia(filter, source.get(), s, b);
+        expectSepia(filter, source.get(), s);
+    }
+    expectWholePicture(kSepia, filter, FilterBounds{INT32_MIN, INT32_MIN, 0, 0});
+}
+
+// Weights whose products pass 32 bits, and weights that are no number at all: the
+// result is the exact gray (or the settled NaN and limit rules), never undefined.
+TEST_P(SepiaTest, HugeAndNonFiniteWeights) {
+    void* filter = hold(makeInstance(kSepia));
+    Ref source = randomPicture(19, 7, 4);
+    const SepiaSettings cases[] = {
+        {2700.0, 2700.0, 2700.0, 0, 0, 0},   {3000.0, -2999.0, 1.0, 5, -5, 0},  {1e300, -1e300, 0.5, 0, 0, 0},
+        {kInf, 0.0, -kInf, 0, 0, 0},         {kNaN, kNaN, kNaN, 100, 0, -100},  {-2097152.0, 1.0, 0, 0, 0, 0},
+        {0.3, 0.6, 0.1, INT32_MAX, INT32_MIN, INT32_MAX}, {2047.9, 2048.0, -2048.0, INT32_MIN, 0, 0},
+    };
+    for (const SepiaSettings& s : cases) expectSepia(filter, source.get(), s);
+}
+
+VQZ_ALL_FORMATS(SepiaTest);
+
+// ---------------------------------------------------------------- exact colors
+
+class FilterExampleTest : public FilterTest {
+protected:
+    // Runs the filter on one row of `colors` and answers the row it makes.
+    std::vector<uint32_t> filterRow(const char* cls, void* filter, const std::vector<uint32_t>& colors) {
+        Ref source = picture(int(colors.size()), 1);
+        for (size_t i = 0; i < colors.size(); ++i) standin::setRGB(source.get(), int(i), 0, colors[i]);
+        setObjectProperty(filter, "SourcePicture", source.get());
+        EXPECT_TRUE(run(cls, filter));
+        Ref out = destination(filter);
+        std::vector<uint32_t> result;
+        for (size_t i = 0; out && i < colors.size(); ++i) result.push_back(standin::getRGB(out.get(), int(i), 0));
+        return result;
+    }
+};
+
+// The identity through the accessor: truncation makes some channels one lower, and
+// inputs on nodes come out exact. Constant nodes beyond the range clamp per channel.
+TEST_P(FilterExampleTest, LookupTable) {
+    void* filter = hold(makeInstance(kLut));
+    const LutTable identity = tableOf([](int r, int g, int b) { return std::array<double, 3>{17.0 * r, 17.0 * g, 17.0 * b}; });
+    for (uint32_t i = 0; i < 16 * 16 * 16 * 3; ++i)
+        callSetter(kLut, kTable, filter, {Value::uint32(i / 768), Value::uint32(i / 48 % 16), Value::uint32(i / 3 % 16), Value::uint32(i % 3)},
+                   Value::real(identity.at(int(i / 768), int(i / 48 % 16), int(i / 3 % 16), int(i % 3))));
+    EXPECT_EQ(filterRow(kLut, filter, {rgbOf(0, 1, 7), rgbOf(0, 4, 100), rgbOf(255, 17, 34)}),
+              (std::vector<uint32_t>{rgbOf(0, 1, 6), rgbOf(0, 4, 99), rgbOf(255, 17, 34)}));
+    Ref every = picture(256, 3);
+    for (int x = 0; x < 256; ++x) {
+        standin::setRGB(every.get(), x, 0, rgbOf(x, x, x));
+        standin::setRGB(every.get(), x, 1, rgbOf(x, 255 - x, (x * 7) & 255));
+        standin::setRGB(every.get(), x, 2, rgbOf((x * 13) & 255, x, 0));
+    }
+    expectLut(filter, every.get(), identity);
+
+    loadTable(filter, tableOf([](int, int, int) { return std::array<double, 3>{300, -5, 128}; }));
+    EXPECT_EQ(filterRow(kLut, filter, {0, 0xFFFFFF, rgbOf(3, 200, 90)}), std::vector<uint32_t>(3, rgbOf(255, 0, 128)));
+}
+
+TEST_P(FilterExampleTest, SepiaWeightsOffsetsAndTheCrossedNames) {
+    void* filter = hold(makeInstance(kSepia));
+    EXPECT_EQ(doubleProperty(filter, "FactorRed"), 0.299);
+    EXPECT_EQ(doubleProperty(filter, "FactorBlue"), 0.587);   // the green weight
+    EXPECT_EQ(doubleProperty(filter, "FactorGreen"), 0.114);  // the blue weight
+    // A new instance: those weights, no offsets, the whole picture.
+    EXPECT_EQ(filterRow(kSepia, filter, {0xFFFFFF, rgbOf(100, 150, 200)}),
+              (std::vector<uint32_t>{rgbOf(254, 254, 254), rgbOf(140, 140, 140)}));
+    const struct { SepiaSettings s; std::vector<uint32_t> in, out; } cases[] = {
+        {{0.299, 0.587, 0.114, 40, 20, -20}, {rgbOf(100, 150, 200), 0}, {rgbOf(180, 160, 120), rgbOf(40, 20, 0)}},
+        {{0.299, 0.0, 0.114, 0, 0, 0}, {rgbOf(0, 255, 0), rgbOf(0, 0, 255)}, {0, rgbOf(28, 28, 28)}},
+        {{0.0009, 0.0009, 0.0009, 0, 0, 0}, {0xFFFFFF}, {0}},
+        {{-0.5, 0.587, 0.114, 0, 0, 0}, {rgbOf(255, 10, 10)}, {0}},
+    };
+    for (const auto& c : cases) {
+        applySepia(filter, c.s);
+        EXPECT_EQ(filterRow(kSepia, filter, c.in), c.out) << c.s.red << " " << c.s.green << " " << c.s.blue;
+    }
+}
+
+VQZ_READER_FORMATS(FilterExampleTest);
+
+// ---------------------------------------------------------------- pictures, accessor and layout
+
+// The lookup filter drops its old result before it starts, so a failing Run leaves
+// none; the sepia filter replaces its result only when it has a new one.
+struct FilterClass {
+    const char* name;
+    bool failureKeepsResult;
+    uint32_t flags;  // of the class and of each property
+    std::vector<std::string> properties, methods;
+};
+const FilterClass kClasses[] = {
+    {kLut, false, 4, {"SourcePicture", "DestinationPicture", "MaxX", "MinX", "MaxY", "MinY"}, {"Close", "Run as boolean", kTable}},
+    {kSepia, true, 0,
+     {"SourcePicture", "DestinationPicture", "MaxX", "MinX", "MaxY", "MinY", "SepiaRed", "SepiaGreen", "SepiaBlue",
+      "FactorRed", "FactorBlue", "FactorGreen"},
+     {"Close", "Run as boolean"}},
+};
+
+class FilterClassTest : public FilterTest {};
+
+TEST_P(FilterClassTest, RunReplacesTheResultAndFailuresKeepOrDropIt) {
+    for (const FilterClass& c : kClasses) {
+        SCOPED_TRACE(c.name);
+        Ref filter = makeInstance(c.name);
+        Ref source = picture(6, 4);
+        setObjectProperty(filter.get(), "SourcePicture", source.get());
+        EXPECT_EQ(standin::refCount(source.get()), 2);  // the property took its own reference
+        ASSERT_TRUE(run(c.name, filter.get()));
+        Ref first = destination(filter.get());
+        ASSERT_TRUE(first);
+        EXPECT_EQ(standin::refCount(first.get()), 2);
+        ASSERT_TRUE(run(c.name, filter.get()));
+        EXPECT_EQ(standin::refCount(first.get()), 1);  // only this test holds the first result
+        EXPECT_NE(destination(filter.get()).get(), first.get());
+
+        // The writer's picture, a source that cannot be opened, no source.
+        const standin::Fault unopenable = format().desktop() ? standin::Fault::PixelLock : standin::Fault::DescriptionLock;
+        for (int failure = 0; failure < 3; ++failure) {
+            ASSERT_TRUE(run(c.name, filter.get()));
+            Ref before = destination(filter.get());
+            if (failure < 2) standin::failNth(failure == 0 ? standin::Fault::PictureCreation : unopenable, 1);
+            else setObjectProperty(filter.get(), "SourcePicture", nullptr);
+            EXPECT_FALSE(run(c.name, filter.get())) << "failure " << failure;
+            EXPECT_EQ(destination(filter.get()).get(), c.failureKeepsResult ? before.get() : nullptr) << "failure " << failure;
+        }
+    }
+}
+
+TEST_P(FilterClassTest, CloseTwiceThenRunFails) {
+    for (const FilterClass& c : kClasses) {
+        SCOPED_TRACE(c.name);
+        Ref filter = makeInstance(c.name);
+        setObjectProperty(filter.get(), "SourcePicture", picture(4, 4).get());
+        ASSERT_TRUE(run(c.name, filter.get()));
+        callMethod(c.name, "Close", filter.get());
+        EXPECT_EQ(standin::ledger().liveObjects, 1);  // the filter alone
+        callMethod(c.name, "Close", filter.get());
+        EXPECT_FALSE(run(c.name, filter.get()));
+        EXPECT_FALSE(destination(filter.get()));
+    }
+}
+
+TEST_P(FilterClassTest, WriterSizeLimit) {
+    for (const FilterClass& c : kClasses) {
+        SCOPED_TRACE(c.name);
+        Ref filter = makeInstance(c.name);
+        setObjectProperty(filter.get(), "SourcePicture", picture(32767, 1).get());
+        EXPECT_TRUE(run(c.name, filter.get()));
+        Ref widest = destination(filter.get());
+        for (auto [w, h] : {std::pair<int, int>{32768, 1}, {1, 32768}}) {
+            setObjectProperty(filter.get(), "SourcePicture", picture(w, h).get());
+            EXPECT_FALSE(run(c.name, filter.get())) << w << " x " << h;
+            EXPECT_EQ(destination(filter.get()).get(), c.failureKeepsResult ? widest.get() : nullptr);
+        }
+    }
+}
+
+TEST_P(FilterClassTest, RegisteredLayout) {
+    for (const FilterClass& c : kClasses) {
+        SCOPED_TRACE(c.name);
+        REALclassDefinition* d = standin::findClass(c.name);
+        ASSERT_NE(d, nullptr);
+        EXPECT_EQ(d->dataSize % 16, 0u);
+        EXPECT_EQ(d->mFlags, c.flags);
+        std::vector<std::string> properties, methods;
+        for (uint32_t i = 0; i < d->propertyCount; ++i) {
+            properties.push_back(d->properties[i].name);
+            EXPECT_EQ(d->properties[i].flags, c.flags) << d->properties[i].name;
+        }
+        for (uint32_t i = 0; i < d->methodCount; ++i) methods.push_back(d->methods[i].declaration);
+        EXPECT_EQ(properties, c.properties);
+        EXPECT_EQ(methods, c.methods);
+    }
+}
+
+// Indices are unsigned and checked: outside 18 x 18 x 18 x 3 a read answers 0 and a
+// write changes nothing.
+TEST_P(FilterClassTest, TableAccessorRange) {
+    void* filter = hold(makeInstance(kLut));
+    auto get = [&](uint32_t r, uint32_t g, uint32_t b, uint32_t x) {
+        return callMethod(kLut, kTable, filter, {Value::uint32(r), Value::uint32(g), Value::uint32(b), Value::uint32(x)}).d;
+    };
+    auto set = [&](uint32_t r, uint32_t g, uint32_t b, uint32_t x, double v) {
+        callSetter(kLut, kTable, filter, {Value::uint32(r), Value::uint32(g), Value::uint32(b), Value::uint32(x)}, Value::real(v));
+    };
+    EXPECT_EQ(get(3, 4, 5, 1), 0.0);
+    set(17, 17, 17, 2, -12.25);
+    EXPECT_EQ(get(17, 17, 17, 2), -12.25);
+    set(0, 15, 1, 0, 1e300);
+    EXPECT_EQ(get(0, 15, 1, 0), 1e300);
+    const double* table = static_cast<Lut3DClassData*>(standin::instanceData(filter))->table;
+    const std::vector<double> before(table, table + kLutElements);
+    const uint32_t outside[][4] = {{18, 0, 0, 0}, {0, 18, 0, 0}, {0, 0, 18, 0}, {0, 0, 0, 3},
+                                   {0xFFFFFFFF, 0, 0, 0}, {0, 0, 0, 0xFFFFFFFF}, {0x80000000, 1, 1, 1}};
+    for (const auto& i : outside) {
+        set(i[0], i[1], i[2], i[3], 42.0);
+        EXPECT_EQ(get(i[0], i[1], i[2], i[3]), 0.0);
+    }
+    EXPECT_EQ(std::vector<double>(table, table + kLutElements), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(HostKinds, FilterClassTest, ::testing::Values(formatNamed("desktop32"), formatNamed("console")),
+                         FormatName());
+
+}  // namespace
