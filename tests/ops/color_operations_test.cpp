@@ -1,5 +1,7 @@
 // Tint, merge, combine, replace and extract through the stand-in host: against the
-// plain references on random pictures in every format, and the worked examples.
+// plain references on random pictures in every format, and the worked examples;
+// lookup tables into destinations of every desktop depth.
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <random>
@@ -157,27 +159,44 @@ TEST_P(ColorOperationsExactTest, WorkedExamples) {
     }
 }
 
-// A desktop host holds pictures of several depths at once; each source is read in
-// its own format.
-class MergeMixedDepthsTest : public PluginTest {};
+// A desktop host holds pictures of several depths at once: each source is read in its
+// own format; a 24-bit destination gets a writer without a mask byte, and a 16-bit
+// one cannot be written in place.
+class MixedDepthsTest : public PluginTest {};
 
-TEST_F(MergeMixedDepthsTest, EachSourceIsReadInItsOwnFormat) {
+TEST_F(MixedDepthsTest, EachPictureIsReadAndWrittenInItsOwnFormat) {
+    uint8_t entries[256];
+    for (int i = 0; i < 256; ++i) entries[i] = uint8_t(i * 7 + 3);
+    Ref t = makeBlock(256);
+    std::memcpy(standin::memoryBlockData(t.get()), entries, 256);
+    const Value table = Value::block(t.get());
     for (int da : {32, 24, 16, 8}) {
         for (int db : {32, 24, 16, 8}) {
             SCOPED_TRACE(::testing::Message() << "depths " << da << " and " << db);
-            Ref a = Ref::adopt(standin::newGWorldPicture(9, 4, da)), b = Ref::adopt(standin::newGWorldPicture(9, 4, db));
+            Ref a = Ref::adopt(standin::newGWorldPicture(9, 4, da)), b = Ref::adopt(standin::newGWorldPicture(9, 4, db)),
+                dest = Ref::adopt(standin::newGWorldPicture(9, 5, db));
             fillRandom(a.get(), uint32_t(da));
             fillRandom(b.get(), uint32_t(db + 1));
-            const Snapshot sa = snapshot(a.get()), sb = snapshot(b.get());
-            Ref merged = callGlobalPicture(kMerge, {Value::picture(a.get()), Value::picture(b.get())});
-            Ref combined =
-                callGlobalPicture(kCombine, {Value::picture(b.get()), Value::picture(a.get()), Value::picture(b.get())});
+            fillRandom(dest.get(), uint32_t(db + 2));
+            const Snapshot sa = snapshot(a.get()), sb = snapshot(b.get()), destBefore = snapshot(dest.get());
+            const Value A = Value::picture(a.get()), B = Value::picture(b.get());
             EXPECT_TRUE(writtenPicture(
                 expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::merge(rgb, sb.at(x, y)); }),
-                merged.get(), true));
+                callGlobalPicture(kMerge, {A, B}).get(), true));
             EXPECT_TRUE(writtenPicture(
                 expectedFrom(sa, [&](int x, int y, uint32_t rgb) { return ref::combine(sb.at(x, y), sb.at(x, y), rgb); }),
-                combined.get(), true));
+                callGlobalPicture(kCombine, {B, A, B}).get(), true));
+            if (db == 8) continue;
+            Ref out = callPicture(kTransform, a.get(), {table, table, table, Value::picture(dest.get())});
+            ASSERT_TRUE(out);
+            EXPECT_EQ(out.get() == dest.get(), db != 16);
+            const Snapshot got = snapshot(out.get());
+            EXPECT_TRUE(samePixels(expectedFrom(got, [&](int x, int y, uint32_t) {
+                                       return y < 4 ? ref::transform(sa.at(x, y), entries, entries, entries)
+                                                    : destBefore.at(x, y);
+                                   }),
+                                   got));
+            EXPECT_TRUE(standin::guardsIntact(out.get()));
         }
     }
 }

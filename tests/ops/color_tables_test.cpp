@@ -218,38 +218,6 @@ TEST_P(ColorTablesTest, TransformIntoADestination) {
     EXPECT_TRUE(samePixels(expected, snapshot(out.get())));
 }
 
-// On a desktop host a destination may be a 24-bit picture: the writer then has no
-// mask byte (pairs 13 to 12 and 12 to 12); a 16-bit one cannot be written in place.
-class TransformDepthsTest : public PluginTest {};
-
-TEST_F(TransformDepthsTest, DestinationOfEachDepth) {
-    uint8_t entries[256];
-    for (int i = 0; i < 256; ++i) entries[i] = uint8_t(i * 7 + 3);
-    Ref t = makeBlock(256);
-    std::memcpy(standin::memoryBlockData(t.get()), entries, 256);
-    for (int sourceDepth : {32, 24, 16, 8}) {
-        for (int destDepth : {32, 24, 16}) {
-            SCOPED_TRACE(::testing::Message() << "source depth " << sourceDepth << ", destination depth " << destDepth);
-            Ref p = Ref::adopt(standin::newGWorldPicture(7, 3, sourceDepth)),
-                dest = Ref::adopt(standin::newGWorldPicture(7, 4, destDepth));
-            fillRandom(p.get(), uint32_t(sourceDepth));
-            const Snapshot s = snapshot(p.get()), destBefore = snapshot(dest.get());
-            Ref out = callPicture(kTransform, p.get(),
-                                  {Value::block(t.get()), Value::block(t.get()), Value::block(t.get()),
-                                   Value::picture(dest.get())});
-            ASSERT_TRUE(out);
-            EXPECT_EQ(out.get() == dest.get(), destDepth != 16);
-            const Snapshot got = snapshot(out.get());
-            EXPECT_TRUE(samePixels(expectedFrom(got, [&](int x, int y, uint32_t) {
-                                       return y < 3 ? ref::transform(s.at(x, y), entries, entries, entries)
-                                                    : destBefore.at(x, y);
-                                   }),
-                                   got));
-            EXPECT_TRUE(standin::guardsIntact(out.get()));
-        }
-    }
-}
-
 VQZ_ALL_FORMATS(ColorTablesTest);
 VQZ_READER_FORMATS(ColorTablesExactTest);
 

@@ -22,40 +22,20 @@ using vqztest::rgbOf;
 inline int bytesPerPixel(int code) { return code == 12 ? 3 : 4; }
 
 inline uint32_t decode(int code, const uint8_t* p) {
-    switch (code) {
-        case 13:
-            return rgbOf(p[1], p[2], p[3]);
-        case 12:
-            return rgbOf(p[0], p[1], p[2]);
-        default:
-            return rgbOf(p[2], p[1], p[0]);
-    }
+    return code == 13 ? rgbOf(p[1], p[2], p[3]) : code == 12 ? rgbOf(p[0], p[1], p[2]) : rgbOf(p[2], p[1], p[0]);
 }
 
 // The bytes a writer of `code` leaves for a color.
 inline std::array<uint8_t, 4> encode(int code, uint32_t rgb) {
     const uint8_t r = uint8_t(redOf(rgb)), g = uint8_t(greenOf(rgb)), b = uint8_t(blueOf(rgb));
-    switch (code) {
-        case 13:
-            return {255, r, g, b};
-        case 12:
-            return {r, g, b, 0};
-        default:
-            return {b, g, r, 0};
-    }
+    if (code == 13) return {255, r, g, b};
+    return code == 12 ? std::array<uint8_t, 4>{r, g, b, 0} : std::array<uint8_t, 4>{b, g, r, 0};
 }
 
 // The embedded mask value: code 13 the mask byte, code 12 opaque, code 8 the 7-bit
 // byte A read as (2A + (A and 1)) mod 256.
 inline uint8_t embeddedMask(int code, const uint8_t* p) {
-    switch (code) {
-        case 13:
-            return p[0];
-        case 12:
-            return 255;
-        default:
-            return uint8_t((2 * p[3] + (p[3] & 1)) % 256);
-    }
+    return code == 13 ? p[0] : code == 12 ? 255 : uint8_t((2 * p[3] + (p[3] & 1)) % 256);
 }
 
 // ---------------------------------------------------------------- operations
@@ -96,9 +76,7 @@ inline uint32_t transform(uint32_t rgb, const uint8_t* red, const uint8_t* green
 // ---------------------------------------------------------------- whole pictures
 
 inline uint32_t countColor(const vqztest::Snapshot& s, uint32_t color) {
-    uint32_t n = 0;
-    for (uint32_t rgb : s.rgb) n += sameColor(rgb, color) ? 1 : 0;
-    return n;
+    return uint32_t(std::count_if(s.rgb.begin(), s.rgb.end(), [&](uint32_t rgb) { return sameColor(rgb, color); }));
 }
 
 struct Histograms {
