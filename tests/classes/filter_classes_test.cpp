@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <string>
@@ -38,13 +39,10 @@ LutTable randomTable(std::mt19937& random) {
     return t;
 }
 
-template <class Node>  // node(r, g, b) -> {red, green, blue}
+template <class Node>  // node(r, g, b, x) -> the node's channel x
 LutTable tableOf(Node node) {
     LutTable t;
-    for (int i = 0; i < 18 * 18 * 18; ++i) {
-        const std::array<double, 3> v = node(i / 324, i / 18 % 18, i % 18);
-        for (int x = 0; x < 3; ++x) t.at(i / 324, i / 18 % 18, i % 18, x) = v[size_t(x)];
-    }
+    for (int i = 0; i < 18 * 18 * 18 * 3; ++i) t.element[size_t(i)] = node(i / 972, i / 54 % 18, i / 3 % 18, i % 3);
     return t;
 }
 
@@ -57,10 +55,7 @@ struct SepiaSettings {
 // the limits and NaN counts as 0 (how the filter settles them).
 int64_t weightSteps(double w) {
     const double s = w * 1024.0;
-    if (std::isnan(s)) return 0;
-    if (s >= 2147483647.0) return INT32_MAX;
-    if (s <= -2147483648.0) return INT32_MIN;
-    return int64_t(s);
+    return std::isnan(s) ? 0 : s >= 2147483647.0 ? INT32_MAX : s <= -2147483648.0 ? INT32_MIN : int64_t(s);
 }
 
 // Gray from the integer weights with truncating division (exact, in 64 bits), plus
@@ -78,11 +73,11 @@ class FilterTest : public PluginFormatTest {
 protected:
     bool run(const char* cls, void* filter) { return callBool(cls, "Run as boolean", filter); }
     Ref destination(void* filter) { return objectProperty(filter, "DestinationPicture"); }
+    void setInts(void* filter, std::initializer_list<std::pair<const char*, int32_t>> values) {
+        for (const auto& [name, value] : values) setIntProperty(filter, name, value);
+    }
     void setBounds(void* filter, FilterBounds b) {
-        setIntProperty(filter, "MinX", b.minX);
-        setIntProperty(filter, "MinY", b.minY);
-        setIntProperty(filter, "MaxX", b.maxX);
-        setIntProperty(filter, "MaxY", b.maxY);
+        setInts(filter, {{"MinX", b.minX}, {"MinY", b.minY}, {"MaxX", b.maxX}, {"MaxY", b.maxY}});
     }
     // Whole tables go straight into the instance data (the accessor has its own test).
     static void loadTable(void* filter, const LutTable& t) {
@@ -93,9 +88,7 @@ protected:
         setDoubleProperty(filter, "FactorRed", s.red);
         setDoubleProperty(filter, "FactorBlue", s.green);  // the crossed names: FactorBlue is the green weight
         setDoubleProperty(filter, "FactorGreen", s.blue);
-        setIntProperty(filter, "SepiaRed", s.offsetRed);
-        setIntProperty(filter, "SepiaGreen", s.offsetGreen);
-        setIntProperty(filter, "SepiaBlue", s.offsetBlue);
+        setInts(filter, {{"SepiaRed", s.offsetRed}, {"SepiaGreen", s.offsetGreen}, {"SepiaBlue", s.offsetBlue}});
     }
 
     // Runs the filter on `source` within `b` and compares the whole result with `map`
@@ -103,7 +96,7 @@ protected:
     // else the new picture's.
     template <class Map>
     void expectRun(const char* cls, void* filter, void* source, FilterBounds b, Map map) {
-        SCOPED_TRACE(::testing::Message() << "bounds " << b.minX << " " << b.minY << " " << b.maxX << " " << b.maxY);
+        SCOPED_TRACE(::testing::Message() << b);
         setObjectProperty(filter, "SourcePicture", source);
         setBounds(filter, b);
         ASSERT_TRUE(run(cls, filter));
@@ -124,7 +117,7 @@ protected:
     }
     // Counts past 32 bits (which the reference cannot walk) map the whole picture once.
     void expectWholePicture(const char* cls, void* filter, FilterBounds b) {
-        SCOPED_TRACE(::testing::Message() << "bounds " << b.minX << " " << b.minY << " " << b.maxX << " " << b.maxY);
+        SCOPED_TRACE(::testing::Message() << b);
         setBounds(filter, FilterBounds{});
         ASSERT_TRUE(run(cls, filter));
         Ref whole = destination(filter);
@@ -132,11 +125,15 @@ protected:
         ASSERT_TRUE(run(cls, filter));
         EXPECT_TRUE(samePixels(snapshot(whole.get()), snapshot(destination(filter).get())));
     }
-    // Random bounds around and beyond a side of `size`.
-    static int32_t randomBound(std::mt19937& random, int size) { return int32_t(random() % (3 * size + 7)) - size - 3; }
+    // Bounds around and beyond a picture of `w` x `h`.
+    static FilterBounds randomBounds(std::mt19937& random, int w, int h) {
+        auto bound = [&](int size) { return int32_t(random() % uint32_t(3 * size + 7)) - size - 3; };
+        const int32_t minX = bound(w), minY = bound(h), maxX = bound(w);
+        return FilterBounds{minX, minY, maxX, bound(h)};
+    }
 };
 
-// ---------------------------------------------------------------- the lookup table in every format
+// ---------------------------------------------------------------- every format
 
 class LutTest : public FilterTest {};
 
@@ -147,11 +144,7 @@ TEST_P(LutTest, MatchesTheInterpolationOnRandomTablesPicturesAndBounds) {
     for (int round = 0; round < 11; ++round) {
         const int w = 1 + int(random() % 29), h = 1 + int(random() % 19);
         Ref source = randomPicture(w, h, random());
-        for (int k = 0; k < 4; ++k) {
-            const FilterBounds b{randomBound(random, w), randomBound(random, h), randomBound(random, w),
-                                 randomBound(random, h)};
-            expectLut(filter, source.get(), table, b);
-        }
+        for (int k = 0; k < 4; ++k) expectLut(filter, source.get(), table, randomBounds(random, w, h));
         expectLut(filter, source.get(), table);
         table = randomTable(random);
         loadTable(filter, table);
@@ -171,11 +164,12 @@ TEST_P(LutTest, NonFiniteNodes) {
     }
     standin::setRGB(source.get(), 15, 1, 0xFFFFFF);
     const double special[] = {kNaN, kInf, -1e308, -kInf, 1e300, 255.0, 255.5, -0.5};
-    LutTable t = randomTable(random);
-    for (int i = 0; i < 18 * 18 * 18 * 3; ++i)
-        if (i / 972 > 15 || i / 54 % 18 > 15 || i / 3 % 18 > 15) t.element[size_t(i)] = special[i % 3];
+    const LutTable clean = randomTable(random);
+    LutTable t = tableOf([&](int r, int g, int b, int x) {
+        return r > 15 || g > 15 || b > 15 ? special[(r + g + b + x) % 3] : clean.at(r, g, b, x);
+    });
     loadTable(filter, t);
-    expectLut(filter, source.get(), t);
+    expectLut(filter, source.get(), clean);
     for (size_t i = 0; i < t.element.size(); i += 1 + random() % 5) t.element[i] = special[random() % 8];
     loadTable(filter, t);
     expectLut(filter, source.get(), t);
@@ -202,17 +196,18 @@ TEST_P(LutTest, BoundsRules) {
         {INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN},
     };
     for (const FilterBounds& b : cases) expectLut(filter, source.get(), t, b);
-    for (const FilterBounds& b : {FilterBounds{INT32_MIN, INT32_MIN, 0, 0}, FilterBounds{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX}})
-        expectWholePicture(kLut, filter, b);
+    expectWholePicture(kLut, filter, FilterBounds{INT32_MIN, INT32_MIN, 0, 0});
+    expectWholePicture(kLut, filter, FilterBounds{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX});
 }
 
 VQZ_ALL_FORMATS(LutTest);
 
-// ---------------------------------------------------------------- the sepia tone in every format
-
 class SepiaTest : public FilterTest {};
 
-TEST_P(SepiaTest, MatchesThePlainToningOnRandomSettingsAndBounds) {
+// Random weights and offsets; then weights whose products pass 32 bits and weights
+// that are no number at all, which give the exact gray (or the settled NaN and limit
+// rules), never undefined.
+TEST_P(SepiaTest, MatchesThePlainToning) {
     std::mt19937 random(99 + GetParam().depth + 7 * int(GetParam().kind));
     void* filter = hold(makeInstance(kSepia));
     std::uniform_real_distribution<double> weight(-1.5, 1.5);
@@ -221,25 +216,17 @@ TEST_P(SepiaTest, MatchesThePlainToningOnRandomSettingsAndBounds) {
         const int w = 1 + int(random() % 31), h = 1 + int(random() % 17);
         Ref source = randomPicture(w, h, random());
         const SepiaSettings s{weight(random), weight(random), weight(random), offset(), offset(), offset()};
-        const FilterBounds b{randomBound(random, w), randomBound(random, h), randomBound(random, w),
-                             randomBound(random, h)};
-        expectSepia(filter, source.get(), s, b);
+        expectSepia(filter, source.get(), s, randomBounds(random, w, h));
         expectSepia(filter, source.get(), s);
     }
     expectWholePicture(kSepia, filter, FilterBounds{INT32_MIN, INT32_MIN, 0, 0});
-}
-
-// Weights whose products pass 32 bits, and weights that are no number at all: the
-// result is the exact gray (or the settled NaN and limit rules), never undefined.
-TEST_P(SepiaTest, HugeAndNonFiniteWeights) {
-    void* filter = hold(makeInstance(kSepia));
-    Ref source = randomPicture(19, 7, 4);
-    const SepiaSettings cases[] = {
+    const SepiaSettings huge[] = {
         {2700.0, 2700.0, 2700.0, 0, 0, 0},   {3000.0, -2999.0, 1.0, 5, -5, 0},  {1e300, -1e300, 0.5, 0, 0, 0},
         {kInf, 0.0, -kInf, 0, 0, 0},         {kNaN, kNaN, kNaN, 100, 0, -100},  {-2097152.0, 1.0, 0, 0, 0, 0},
         {0.3, 0.6, 0.1, INT32_MAX, INT32_MIN, INT32_MAX}, {2047.9, 2048.0, -2048.0, INT32_MIN, 0, 0},
     };
-    for (const SepiaSettings& s : cases) expectSepia(filter, source.get(), s);
+    Ref source = randomPicture(19, 7, 4);
+    for (const SepiaSettings& s : huge) expectSepia(filter, source.get(), s);
 }
 
 VQZ_ALL_FORMATS(SepiaTest);
@@ -265,21 +252,14 @@ protected:
 // inputs on nodes come out exact. Constant nodes beyond the range clamp per channel.
 TEST_P(FilterExampleTest, LookupTable) {
     void* filter = hold(makeInstance(kLut));
-    const LutTable identity = tableOf([](int r, int g, int b) { return std::array<double, 3>{17.0 * r, 17.0 * g, 17.0 * b}; });
-    for (uint32_t i = 0; i < 16 * 16 * 16 * 3; ++i)
-        callSetter(kLut, kTable, filter, {Value::uint32(i / 768), Value::uint32(i / 48 % 16), Value::uint32(i / 3 % 16), Value::uint32(i % 3)},
-                   Value::real(identity.at(int(i / 768), int(i / 48 % 16), int(i / 3 % 16), int(i % 3))));
+    for (uint32_t i = 0; i < 16 * 16 * 16 * 3; ++i) {
+        const uint32_t node[] = {i / 768, i / 48 % 16, i / 3 % 16};
+        callSetter(kLut, kTable, filter, {Value::uint32(node[0]), Value::uint32(node[1]), Value::uint32(node[2]), Value::uint32(i % 3)},
+                   Value::real(17.0 * node[i % 3]));
+    }
     EXPECT_EQ(filterRow(kLut, filter, {rgbOf(0, 1, 7), rgbOf(0, 4, 100), rgbOf(255, 17, 34)}),
               (std::vector<uint32_t>{rgbOf(0, 1, 6), rgbOf(0, 4, 99), rgbOf(255, 17, 34)}));
-    Ref every = picture(256, 3);
-    for (int x = 0; x < 256; ++x) {
-        standin::setRGB(every.get(), x, 0, rgbOf(x, x, x));
-        standin::setRGB(every.get(), x, 1, rgbOf(x, 255 - x, (x * 7) & 255));
-        standin::setRGB(every.get(), x, 2, rgbOf((x * 13) & 255, x, 0));
-    }
-    expectLut(filter, every.get(), identity);
-
-    loadTable(filter, tableOf([](int, int, int) { return std::array<double, 3>{300, -5, 128}; }));
+    loadTable(filter, tableOf([](int, int, int, int x) { return x == 0 ? 300.0 : x == 1 ? -5.0 : 128.0; }));
     EXPECT_EQ(filterRow(kLut, filter, {0, 0xFFFFFF, rgbOf(3, 200, 90)}), std::vector<uint32_t>(3, rgbOf(255, 0, 128)));
 }
 
@@ -305,7 +285,7 @@ TEST_P(FilterExampleTest, SepiaWeightsOffsetsAndTheCrossedNames) {
 
 VQZ_READER_FORMATS(FilterExampleTest);
 
-// ---------------------------------------------------------------- pictures, accessor and layout
+// ---------------------------------------------------------------- registration, pictures and accessor
 
 // The lookup filter drops its old result before it starts, so a failing Run leaves
 // none; the sepia filter replaces its result only when it has a new one.
@@ -325,67 +305,14 @@ const FilterClass kClasses[] = {
 
 class FilterClassTest : public FilterTest {};
 
-TEST_P(FilterClassTest, RunReplacesTheResultAndFailuresKeepOrDropIt) {
+// Run takes a new result and drops the old; a failure (the writer's picture, a source
+// that cannot be opened, sources too large for the writer, no source) keeps or drops
+// the result as the class does; Close, twice, releases both pictures.
+TEST_P(FilterClassTest, RegistrationPicturesFailuresAndClose) {
+    const standin::Fault unopenable = format().desktop() ? standin::Fault::PixelLock : standin::Fault::DescriptionLock;
     for (const FilterClass& c : kClasses) {
         SCOPED_TRACE(c.name);
-        Ref filter = makeInstance(c.name);
-        Ref source = picture(6, 4);
-        setObjectProperty(filter.get(), "SourcePicture", source.get());
-        EXPECT_EQ(standin::refCount(source.get()), 2);  // the property took its own reference
-        ASSERT_TRUE(run(c.name, filter.get()));
-        Ref first = destination(filter.get());
-        ASSERT_TRUE(first);
-        EXPECT_EQ(standin::refCount(first.get()), 2);
-        ASSERT_TRUE(run(c.name, filter.get()));
-        EXPECT_EQ(standin::refCount(first.get()), 1);  // only this test holds the first result
-        EXPECT_NE(destination(filter.get()).get(), first.get());
-
-        // The writer's picture, a source that cannot be opened, no source.
-        const standin::Fault unopenable = format().desktop() ? standin::Fault::PixelLock : standin::Fault::DescriptionLock;
-        for (int failure = 0; failure < 3; ++failure) {
-            ASSERT_TRUE(run(c.name, filter.get()));
-            Ref before = destination(filter.get());
-            if (failure < 2) standin::failNth(failure == 0 ? standin::Fault::PictureCreation : unopenable, 1);
-            else setObjectProperty(filter.get(), "SourcePicture", nullptr);
-            EXPECT_FALSE(run(c.name, filter.get())) << "failure " << failure;
-            EXPECT_EQ(destination(filter.get()).get(), c.failureKeepsResult ? before.get() : nullptr) << "failure " << failure;
-        }
-    }
-}
-
-TEST_P(FilterClassTest, CloseTwiceThenRunFails) {
-    for (const FilterClass& c : kClasses) {
-        SCOPED_TRACE(c.name);
-        Ref filter = makeInstance(c.name);
-        setObjectProperty(filter.get(), "SourcePicture", picture(4, 4).get());
-        ASSERT_TRUE(run(c.name, filter.get()));
-        callMethod(c.name, "Close", filter.get());
-        EXPECT_EQ(standin::ledger().liveObjects, 1);  // the filter alone
-        callMethod(c.name, "Close", filter.get());
-        EXPECT_FALSE(run(c.name, filter.get()));
-        EXPECT_FALSE(destination(filter.get()));
-    }
-}
-
-TEST_P(FilterClassTest, WriterSizeLimit) {
-    for (const FilterClass& c : kClasses) {
-        SCOPED_TRACE(c.name);
-        Ref filter = makeInstance(c.name);
-        setObjectProperty(filter.get(), "SourcePicture", picture(32767, 1).get());
-        EXPECT_TRUE(run(c.name, filter.get()));
-        Ref widest = destination(filter.get());
-        for (auto [w, h] : {std::pair<int, int>{32768, 1}, {1, 32768}}) {
-            setObjectProperty(filter.get(), "SourcePicture", picture(w, h).get());
-            EXPECT_FALSE(run(c.name, filter.get())) << w << " x " << h;
-            EXPECT_EQ(destination(filter.get()).get(), c.failureKeepsResult ? widest.get() : nullptr);
-        }
-    }
-}
-
-TEST_P(FilterClassTest, RegisteredLayout) {
-    for (const FilterClass& c : kClasses) {
-        SCOPED_TRACE(c.name);
-        REALclassDefinition* d = standin::findClass(c.name);
+        const REALclassDefinition* d = standin::findClass(c.name);
         ASSERT_NE(d, nullptr);
         EXPECT_EQ(d->dataSize % 16, 0u);
         EXPECT_EQ(d->mFlags, c.flags);
@@ -397,6 +324,36 @@ TEST_P(FilterClassTest, RegisteredLayout) {
         for (uint32_t i = 0; i < d->methodCount; ++i) methods.push_back(d->methods[i].declaration);
         EXPECT_EQ(properties, c.properties);
         EXPECT_EQ(methods, c.methods);
+
+        Ref filter = makeInstance(c.name);
+        Ref widest = picture(32767, 1);
+        setObjectProperty(filter.get(), "SourcePicture", widest.get());
+        EXPECT_EQ(standin::refCount(widest.get()), 2);  // the property took its own reference
+        ASSERT_TRUE(run(c.name, filter.get()));
+        Ref first = destination(filter.get());
+        EXPECT_EQ(standin::refCount(first.get()), 2);
+        for (int failure = 0; failure < 5; ++failure) {
+            SCOPED_TRACE(::testing::Message() << "failure " << failure);
+            setObjectProperty(filter.get(), "SourcePicture", widest.get());
+            ASSERT_TRUE(run(c.name, filter.get()));
+            Ref before = destination(filter.get());
+            ASSERT_TRUE(before);
+            EXPECT_EQ(standin::refCount(first.get()), 1);  // only this test holds the first result
+            if (failure < 2) standin::failNth(failure == 0 ? standin::Fault::PictureCreation : unopenable, 1);
+            const Ref source = failure == 2 ? picture(32768, 1) : failure == 3 ? picture(1, 32768) : Ref();
+            if (failure >= 2) setObjectProperty(filter.get(), "SourcePicture", source.get());
+            EXPECT_FALSE(run(c.name, filter.get()));
+            EXPECT_EQ(destination(filter.get()).get(), c.failureKeepsResult ? before.get() : nullptr);
+        }
+        setObjectProperty(filter.get(), "SourcePicture", widest.get());
+        ASSERT_TRUE(run(c.name, filter.get()));
+        Ref last = destination(filter.get());
+        callMethod(c.name, "Close", filter.get());
+        EXPECT_EQ(standin::refCount(widest.get()), 1);
+        EXPECT_EQ(standin::refCount(last.get()), 1);
+        callMethod(c.name, "Close", filter.get());
+        EXPECT_FALSE(run(c.name, filter.get()));
+        EXPECT_FALSE(destination(filter.get()));
     }
 }
 
@@ -404,24 +361,21 @@ TEST_P(FilterClassTest, RegisteredLayout) {
 // write changes nothing.
 TEST_P(FilterClassTest, TableAccessorRange) {
     void* filter = hold(makeInstance(kLut));
-    auto get = [&](uint32_t r, uint32_t g, uint32_t b, uint32_t x) {
-        return callMethod(kLut, kTable, filter, {Value::uint32(r), Value::uint32(g), Value::uint32(b), Value::uint32(x)}).d;
-    };
-    auto set = [&](uint32_t r, uint32_t g, uint32_t b, uint32_t x, double v) {
-        callSetter(kLut, kTable, filter, {Value::uint32(r), Value::uint32(g), Value::uint32(b), Value::uint32(x)}, Value::real(v));
-    };
-    EXPECT_EQ(get(3, 4, 5, 1), 0.0);
-    set(17, 17, 17, 2, -12.25);
-    EXPECT_EQ(get(17, 17, 17, 2), -12.25);
-    set(0, 15, 1, 0, 1e300);
-    EXPECT_EQ(get(0, 15, 1, 0), 1e300);
+    using Node = std::array<uint32_t, 4>;
+    auto at = [](Node i) { return std::vector<Value>{Value::uint32(i[0]), Value::uint32(i[1]), Value::uint32(i[2]), Value::uint32(i[3])}; };
+    auto get = [&](Node i) { return callMethod(kLut, kTable, filter, at(i)).d; };
+    auto set = [&](Node i, double v) { callSetter(kLut, kTable, filter, at(i), Value::real(v)); };
+    EXPECT_EQ(get({3, 4, 5, 1}), 0.0);
+    set({17, 17, 17, 2}, -12.25);
+    EXPECT_EQ(get({17, 17, 17, 2}), -12.25);
+    set({0, 15, 1, 0}, 1e300);
+    EXPECT_EQ(get({0, 15, 1, 0}), 1e300);
     const double* table = static_cast<Lut3DClassData*>(standin::instanceData(filter))->table;
     const std::vector<double> before(table, table + kLutElements);
-    const uint32_t outside[][4] = {{18, 0, 0, 0}, {0, 18, 0, 0}, {0, 0, 18, 0}, {0, 0, 0, 3},
-                                   {0xFFFFFFFF, 0, 0, 0}, {0, 0, 0, 0xFFFFFFFF}, {0x80000000, 1, 1, 1}};
-    for (const auto& i : outside) {
-        set(i[0], i[1], i[2], i[3], 42.0);
-        EXPECT_EQ(get(i[0], i[1], i[2], i[3]), 0.0);
+    for (const Node& i : {Node{18, 0, 0, 0}, Node{0, 18, 0, 0}, Node{0, 0, 18, 0}, Node{0, 0, 0, 3}, Node{0xFFFFFFFF, 0, 0, 0},
+                          Node{0, 0, 0, 0xFFFFFFFF}, Node{0x80000000, 1, 1, 1}}) {
+        set(i, 42.0);
+        EXPECT_EQ(get(i), 0.0);
     }
     EXPECT_EQ(std::vector<double>(table, table + kLutElements), before);
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <ostream>
 #include <vector>
 
 #include "tests/support/fixture.h"
@@ -55,6 +56,9 @@ inline uint32_t lutColor(const LutTable& t, uint32_t rgb) {
 struct FilterBounds {
     int32_t minX = 0, minY = 0, maxX = 0, maxY = 0;
 };
+inline std::ostream& operator<<(std::ostream& os, FilterBounds b) {
+    return os << "bounds " << b.minX << " " << b.minY << " " << b.maxX << " " << b.maxY;
+}
 
 // A right or bottom end: the bound when it lies above the minimum and inside, else the edge.
 inline long long blockEnd(int32_t min, int32_t max, int size) { return max > min && max < size ? max : size; }
