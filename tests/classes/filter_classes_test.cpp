@@ -67,6 +67,22 @@ uint32_t sepiaColor(const SepiaSettings& s, uint32_t c) {
     return rgbOf(channel(s.offsetRed), channel(s.offsetGreen), channel(s.offsetBlue));
 }
 
+// Bounds for a picture of 40 x 12.
+constexpr int kBoundsWidth = 40, kBoundsHeight = 12;
+const FilterBounds kBoundsCases[] = {
+    {10, 0, 20, 0},           // columns 0 to 9 of every row
+    {0, 3, 0, 7},             // rows 0 to 3
+    {0, 0, 40, 12},           // a right bound at the edge counts as the edge
+    {5, 5, 5, 5},             // bounds not above the minimum: the edges
+    {0, 12, 0, 0},            // no row
+    {40, 0, 0, 0},            // no column
+    {0, -3, 0, 0},            // more passes than rows: the rows again
+    {0, -29, 0, 4},           // several times over
+    {-7, 0, 0, 0},            // more pixels than the row: the row
+    {-10, -10, -5, -5},       // negative bounds above their minimums
+    {INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN},
+};
+
 // ---------------------------------------------------------------- the fixture
 
 class FilterTest : public PluginFormatTest {
@@ -180,22 +196,8 @@ TEST_P(LutTest, BoundsRules) {
     void* filter = hold(makeInstance(kLut));
     const LutTable t = randomTable(random);
     loadTable(filter, t);
-    const int W = 40, H = 12;
-    Ref source = randomPicture(W, H, 21);
-    const FilterBounds cases[] = {
-        {10, 0, 20, 0},          // columns 0 to 9 of every row
-        {0, 3, 0, 7},            // rows 0 to 3
-        {0, 0, W, H},            // a right bound at the edge counts as the edge
-        {5, 5, 5, 5},            // bounds not above the minimum: the edges
-        {0, H, 0, 0},            // no row
-        {W, 0, 0, 0},            // no column
-        {0, -3, 0, 0},           // more passes than rows: the rows again
-        {0, -2 * H - 5, 0, 4},   // several times over
-        {-7, 0, 0, 0},           // more pixels than the row: the row
-        {-10, -10, -5, -5},      // negative bounds above their minimums
-        {INT32_MAX, INT32_MAX, INT32_MIN, INT32_MIN},
-    };
-    for (const FilterBounds& b : cases) expectLut(filter, source.get(), t, b);
+    Ref source = randomPicture(kBoundsWidth, kBoundsHeight, 21);
+    for (const FilterBounds& b : kBoundsCases) expectLut(filter, source.get(), t, b);
     expectWholePicture(kLut, filter, FilterBounds{INT32_MIN, INT32_MIN, 0, 0});
     expectWholePicture(kLut, filter, FilterBounds{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX});
 }
@@ -204,7 +206,7 @@ VQZ_ALL_FORMATS(LutTest);
 
 class SepiaTest : public FilterTest {};
 
-// Random weights and offsets; then weights whose products pass 32 bits and weights
+// Random weights, offsets and bounds, the bounds of the lookup filter; then weights whose products pass 32 bits and weights
 // that are no number at all, which give the exact gray (or the settled NaN and limit
 // rules), never undefined.
 TEST_P(SepiaTest, MatchesThePlainToning) {
@@ -219,6 +221,8 @@ TEST_P(SepiaTest, MatchesThePlainToning) {
         expectSepia(filter, source.get(), s, randomBounds(random, w, h));
         expectSepia(filter, source.get(), s);
     }
+    Ref wide = randomPicture(kBoundsWidth, kBoundsHeight, 8);
+    for (const FilterBounds& b : kBoundsCases) expectSepia(filter, wide.get(), SepiaSettings{}, b);
     expectWholePicture(kSepia, filter, FilterBounds{INT32_MIN, INT32_MIN, 0, 0});
     const SepiaSettings huge[] = {
         {2700.0, 2700.0, 2700.0, 0, 0, 0},   {3000.0, -2999.0, 1.0, 5, -5, 0},  {1e300, -1e300, 0.5, 0, 0, 0},
@@ -252,13 +256,21 @@ protected:
 // inputs on nodes come out exact. Constant nodes beyond the range clamp per channel.
 TEST_P(FilterExampleTest, LookupTable) {
     void* filter = hold(makeInstance(kLut));
+    const LutTable identity = tableOf([](int r, int g, int b, int x) { return 17.0 * (x == 0 ? r : x == 1 ? g : b); });
     for (uint32_t i = 0; i < 16 * 16 * 16 * 3; ++i) {
-        const uint32_t node[] = {i / 768, i / 48 % 16, i / 3 % 16};
-        callSetter(kLut, kTable, filter, {Value::uint32(node[0]), Value::uint32(node[1]), Value::uint32(node[2]), Value::uint32(i % 3)},
-                   Value::real(17.0 * node[i % 3]));
+        const uint32_t r = i / 768, g = i / 48 % 16, b = i / 3 % 16, x = i % 3;
+        callSetter(kLut, kTable, filter, {Value::uint32(r), Value::uint32(g), Value::uint32(b), Value::uint32(x)},
+                   Value::real(identity.at(int(r), int(g), int(b), int(x))));
     }
     EXPECT_EQ(filterRow(kLut, filter, {rgbOf(0, 1, 7), rgbOf(0, 4, 100), rgbOf(255, 17, 34)}),
               (std::vector<uint32_t>{rgbOf(0, 1, 6), rgbOf(0, 4, 99), rgbOf(255, 17, 34)}));
+    Ref every = picture(256, 3);
+    for (int x = 0; x < 256; ++x) {
+        standin::setRGB(every.get(), x, 0, rgbOf(x, x, x));
+        standin::setRGB(every.get(), x, 1, rgbOf(x, 255 - x, (x * 7) & 255));
+        standin::setRGB(every.get(), x, 2, rgbOf((x * 13) & 255, x, 0));
+    }
+    expectLut(filter, every.get(), identity);
     loadTable(filter, tableOf([](int, int, int, int x) { return x == 0 ? 300.0 : x == 1 ? -5.0 : 128.0; }));
     EXPECT_EQ(filterRow(kLut, filter, {0, 0xFFFFFF, rgbOf(3, 200, 90)}), std::vector<uint32_t>(3, rgbOf(255, 0, 128)));
 }

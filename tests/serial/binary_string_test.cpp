@@ -114,12 +114,10 @@ TEST_P(BinaryStringReaderTest, DataOutsideTheStringGivesNil) {
         EXPECT_EQ(standin::getRGB(pic.get(), 1, 1), rgbOf(p[9], p[10], p[11])) << "data offset " << offset;
     }
     EXPECT_FALSE(toPicture(withField(valid, 12, 3)));  // more pixels than the string holds
-    // A length field that says 8..23: the other fields lie beyond the string.
-    for (size_t n = 8; n < 24; ++n) EXPECT_FALSE(toPicture(withField(valid.substr(0, n), 4, uint32_t(n)))) << n << " bytes";
 }
 
 // Every cut of a valid string (with the length field as it was, and rewritten to
-// the cut length) and every byte changed in turn: nil or a picture, never a read
+// the cut length, so that a header cut short says it is whole) and every byte changed in turn: nil or a picture, never a read
 // past the end (the sanitizer build watches that).
 TEST_P(BinaryStringReaderTest, EveryTruncationAndCorruption) {
     std::mt19937 random(31);
