@@ -78,7 +78,7 @@ bool takeGlobalOption(const std::vector<std::string>& args, size_t& i, GlobalOpt
 }
 
 ParsedArgs parseArgs(const std::string& command, const std::vector<std::string>& args,
-                     const std::vector<OptionSpec>& specs, GlobalOptions& globals) {
+                     const std::vector<OptionSpec>& knownOptions, GlobalOptions& globals) {
     ParsedArgs out;
     bool onlyPositional = false;
     for (size_t i = 0; i < args.size(); ++i) {
@@ -94,15 +94,15 @@ ParsedArgs parseArgs(const std::string& command, const std::vector<std::string>&
         if (takeGlobalOption(args, i, globals)) continue;
         std::string name = a, value;
         bool inlineValue = splitInline(a, name, value);
-        const OptionSpec* spec = nullptr;
-        for (const OptionSpec& s : specs)
-            if (name == s.name || (s.alias && name == s.alias)) spec = &s;
-        if (!spec) throw ToolError("unknown option " + name + " for '" + command + "' (see vqz " + command + " --help)");
-        if (spec->takesValue) {
-            out.values[spec->name] = inlineValue ? value : needValue(args, i);
+        const OptionSpec* known = nullptr;
+        for (const OptionSpec& s : knownOptions)
+            if (name == s.name || (s.alias && name == s.alias)) known = &s;
+        if (!known) throw ToolError("unknown option " + name + " for '" + command + "' (see vqz " + command + " --help)");
+        if (known->takesValue) {
+            out.values[known->name] = inlineValue ? value : needValue(args, i);
         } else {
             if (inlineValue) throw ToolError(name + " takes no value");
-            out.values[spec->name] = "1";
+            out.values[known->name] = "1";
         }
     }
     return out;

@@ -39,7 +39,7 @@ struct ParsedArgs {
 // Parses a command's arguments; global options may appear anywhere and update
 // `globals`. Throws ToolError for an unknown option or a missing value.
 ParsedArgs parseArgs(const std::string& command, const std::vector<std::string>& args,
-                     const std::vector<OptionSpec>& specs, GlobalOptions& globals);
+                     const std::vector<OptionSpec>& knownOptions, GlobalOptions& globals);
 
 // Applies one global option at args[i] (advancing i past its value); false when
 // args[i] is not a global option.
