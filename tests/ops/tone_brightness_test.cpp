@@ -32,17 +32,18 @@ struct ToneMap {
 const ToneMap kMaps[] = {
     {kLinear, "ChangeBrightnessLinearVQZ(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) "
               "as picture", 1, [](int x, double b, double) { return ref::linearBrightness(x, b); }},
-    {kAbsolute, "ChangeBrightnessAbsoluteVQZ(BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as "
-                "double) as picture", 1, [](int x, double b, double) { return ref::absoluteBrightness(x, b); }},
+    {kAbsolute, "ChangeBrightnessAbsoluteVQZ(BrightnessRed as double, BrightnessGreen as double, "
+                "BrightnessBlue as double) as picture",
+     1, [](int x, double b, double) { return ref::absoluteBrightness(x, b); }},
     {kContrast, "ChangeContrastVQZ(ContrastRed as double, ContrastGreen as double, ContrastBlue as double) as picture",
      1, [](int x, double k, double) { return ref::contrast(x, k); }},
-    {kContrastLinear, "ChangeContrastBrightnessLinearVQZ(ContrastRed as double, ContrastGreen as double, ContrastBlue "
-     "as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", 2,
-     ref::contrastLinearBrightness},
+    {kContrastLinear, "ChangeContrastBrightnessLinearVQZ(ContrastRed as double, ContrastGreen as double, "
+     "ContrastBlue as double, BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture",
+     2, ref::contrastLinearBrightness},
     {"ChangeContrastBrightnessAbsoluteVQZ(Contrast as double, Brightness as double) as picture",
      "ChangeContrastBrightnessAbsoluteVQZ(ContrastRed as double, ContrastGreen as double, ContrastBlue as double, "
-     "BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture", 2,
-     ref::contrastAbsoluteBrightness},
+     "BrightnessRed as double, BrightnessGreen as double, BrightnessBlue as double) as picture",
+     2, ref::contrastAbsoluteBrightness},
     {kCustom, nullptr, 2, ref::custom},
 };
 
@@ -82,11 +83,9 @@ const double kNaN = std::numeric_limits<double>::quiet_NaN();
 double randomParameter(std::mt19937& random) {
     static const double corners[] = {0,    -0.0, 1,    -1,    -2,     255,   -255,  300,   -300,  10.9,
                                       -0.5, 51,   -51,  1e10,  -1e10,  kInf,  -kInf, kNaN,  127.5, 0.999999};
-    switch (random() % 4) {
-        case 0: return corners[random() % (sizeof corners / sizeof corners[0])];
-        case 1: return std::uniform_real_distribution<double>(-3, 3)(random);
-        default: return std::uniform_real_distribution<double>(-400, 400)(random);
-    }
+    const uint32_t kind = random() % 4;
+    if (kind == 0) return corners[random() % (sizeof corners / sizeof corners[0])];
+    return std::uniform_real_distribution<double>(kind == 1 ? -3 : -400, kind == 1 ? 3 : 400)(random);
 }
 
 // Every other round gives all three channels the same values, where the per-channel form
@@ -108,7 +107,8 @@ TEST_P(ToneBrightnessTest, EveryFormMatchesReference) {
 
 TEST_P(ToneBrightnessTest, FaultsAndSizeLimits) {
     Ref pic = randomPicture(4, 4, 9);
-    EXPECT_TRUE(ref::failsUnderEveryFault(format(), [&] { return !callPicture(kContrast, pic.get(), doubles({1})); }));
+    EXPECT_TRUE(
+        ref::failsUnderEveryFault(format(), [&] { return !callPicture(kContrast, pic.get(), doubles({1})); }));
     Ref widest = picture(32767, 1), tooWide = picture(32768, 1), tooHigh = picture(1, 32768);
     EXPECT_TRUE(callPicture(kCustom, widest.get(), doubles({1, 0})));
     if (tooWide) { EXPECT_FALSE(callPicture(kCustom, tooWide.get(), doubles({1, 0}))); }
@@ -122,27 +122,26 @@ class ToneBrightnessExamples : public ToneBrightnessTest {};
 
 // (input, output) pairs on a gray ramp; kEvery stands for every input, kSame for the input.
 constexpr int kEvery = -1, kSame = -1;
-const struct { const char* declaration; std::vector<double> p; std::vector<std::pair<int, int>> points; } kRampExamples[] = {
-    {kContrast, {0}, {{kEvery, kSame}}},  // neutral parameters copy the colors
-    {kLinear, {0}, {{kEvery, kSame}}},
-    {kAbsolute, {0}, {{kEvery, kSame}}},
-    {kCustom, {1, 0}, {{kEvery, kSame}}},
+const struct {
+    const char* declaration;
+    std::vector<double> p;
+    std::vector<std::pair<int, int>> points;
+} kRampExamples[] = {
+    // Neutral parameters copy the colors.
+    {kContrast, {0}, {{kEvery, kSame}}}, {kLinear, {0}, {{kEvery, kSame}}},
+    {kAbsolute, {0}, {{kEvery, kSame}}}, {kCustom, {1, 0}, {{kEvery, kSame}}},
     {kContrast, {-1}, {{kEvery, 127}}},
     {kContrast, {1}, {{0, 0}, {127, 127}, {128, 129}, {255, 255}}},
     {kContrast, {-2}, {{0, 254}, {100, 154}, {255, 0}}},
     {kAbsolute, {10.9}, {{100, 110}}},  // truncated, not rounded
     {kAbsolute, {-0.5}, {{0, 0}}},
-    {kLinear, {255}, {{kEvery, 255}}},
-    {kLinear, {-255}, {{kEvery, 0}}},
-    {kLinear, {51}, {{0, 51}, {255, 255}}},
-    {kLinear, {-51}, {{255, 204}, {0, 0}}},
+    {kLinear, {255}, {{kEvery, 255}}}, {kLinear, {-255}, {{kEvery, 0}}},
+    {kLinear, {51}, {{0, 51}, {255, 255}}}, {kLinear, {-51}, {{255, 204}, {0, 0}}},
     {kLinear, {300}, {{0, 44}}},  // linear brightness alone keeps the low 8 bits instead of clamping
     {kContrastLinear, {0, 300}, {{0, 255}}},
     // NaN counts as 0 after the arithmetic, values beyond the integer range stop at its ends.
-    {kAbsolute, {kNaN}, {{kEvery, 0}}},
-    {kAbsolute, {kInf}, {{kEvery, 255}}},
-    {kAbsolute, {-kInf}, {{kEvery, 0}}},
-    {kLinear, {kNaN}, {{kEvery, 0}}},
+    {kAbsolute, {kNaN}, {{kEvery, 0}}}, {kLinear, {kNaN}, {{kEvery, 0}}},
+    {kAbsolute, {kInf}, {{kEvery, 255}}}, {kAbsolute, {-kInf}, {{kEvery, 0}}},
     {kContrast, {kInf}, {{0, 0}, {127, 0}, {128, 255}}},  // 0 times infinity is NaN
 };
 

@@ -60,14 +60,15 @@ TEST_P(ToneChannelsTest, MatchesPerPixelExpectation) {
 TEST_P(ToneChannelsTest, SizesNilAndFaults) {
     Ref pic = randomPicture(10, 6, 8), narrower = randomPicture(9, 6, 9), lower = randomPicture(10, 5, 10);
     for (int i = 0; i < 3; ++i) {
+        SCOPED_TRACE(kMethods[i].declaration);
         EXPECT_FALSE(replaced(i, pic.get(), narrower.get()));
         EXPECT_FALSE(replaced(i, pic.get(), lower.get()));
         EXPECT_FALSE(replaced(i, nullptr, pic.get()));
-        EXPECT_TRUE(takeException().className.empty()) << kMethods[i].declaration;
+        EXPECT_TRUE(takeException().className.empty());
         // A nil channel picture raises before anything is locked.
         for (void* receiver : {pic.get(), static_cast<void*>(nullptr)}) {
             EXPECT_FALSE(replaced(i, receiver, nullptr));
-            EXPECT_TRUE(exceptionRaised("NilObjectException", "The channel picture is nil.")) << kMethods[i].declaration;
+            EXPECT_TRUE(exceptionRaised("NilObjectException", "The channel picture is nil."));
         }
     }
     Ref channel = randomPicture(10, 6, 11);

@@ -30,8 +30,8 @@ protected:
 
 TEST_P(ToneSaturationTest, SaturationMatchesReference) {
     std::mt19937 random(2000 + GetParam().depth + 10 * int(GetParam().kind));
-    std::vector<int32_t> amounts = {0,       -255,     255,      -100,     1,         -1,        -256, 510, 100000,
-                                    -100000, 8421504, 11184810, 11184811, 20000000, INT32_MAX, INT32_MIN, INT32_MAX - 254};
+    std::vector<int32_t> amounts = {0, -255, 255, -100, 1, -1, -256, 510, 100000, -100000, 8421504, 11184810,
+                                    11184811, 20000000, INT32_MAX, INT32_MIN, INT32_MAX - 254};
     for (int i = 0; i < 8; ++i) amounts.push_back(int32_t(random() % 1401) - 700);
     for (int32_t amount : amounts) {
         Ref pic = randomPicture(1 + int(random() % 29), 1 + int(random() % 13), random());
@@ -51,9 +51,8 @@ TEST_P(ToneSaturationTest, ColornessMatchesReference) {
         for (int y = 0; y < h; ++y)
             for (int x = 0; x < w; ++x) {
                 const int base = int(random() % 256), spread = 1 + int(random() % 60);
-                auto near = [&] { return std::min(255, std::max(0, base + int(random() % (2 * spread + 1)) - spread)); };
-                const int r = near(), g = near(), b = near();
-                standin::setRGB(pic.get(), x, y, rgbOf(r, g, b));
+                auto near = [&] { return std::clamp(base + int(random() % (2 * spread + 1)) - spread, 0, 255); };
+                standin::setRGB(pic.get(), x, y, rgbOf(near(), near(), near()));
             }
         EXPECT_DOUBLE_EQ(ref::colorness(snapshot(pic.get()), threshold), colorness(pic.get(), threshold))
             << "threshold " << threshold;
@@ -95,7 +94,7 @@ TEST_P(ToneSaturationExamples, ColornessOfFewPixels) {
     const struct { std::vector<uint32_t> colors; int32_t threshold; double colorness; } cases[] = {
         {{0, 0, 0, 0}, 10, 0.0}, {{red, red, red}, 10, 1.0}, {{gray, gray}, 10, 0.0},
         {{rgbOf(29, 0, 29), rgbOf(0, 29, 0), rgbOf(29, 29, 0)}, 10, 0.0},  // dark: every channel below 30
-        {{rgbOf(40, 50, 40)}, 10, 0.0}, {{rgbOf(40, 51, 40)}, 10, 1.0},    // differences of exactly 10 do not count
+        {{rgbOf(40, 50, 40)}, 10, 0.0}, {{rgbOf(40, 51, 40)}, 10, 1.0},  // differences of 10 do not count
         {{rgbOf(100, 110, 120)}, 10, 0.0},  // red and blue are not compared with each other
         {{rgbOf(30, 0, 0)}, 10, 1.0}, {{rgbOf(29, 0, 0)}, 10, 0.0},
         {{red, gray, green, 0}, 10, 0.5},
