@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <functional>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "tests/reference/search_reference.h"
@@ -18,17 +19,12 @@ const uint32_t kPalette[] = {0x000000, 0xFFFFFF, 0xFF0000, 0x00FF00, 0x0000FF, 0
 class FindPictureTest : public PluginFormatTest {
 protected:
     // Calls FindPicture with x and y set to junk first, so that a failure must clear them.
-    reference::Found find(void* receiver, void* pic) {
+    void expectFound(void* receiver, void* pic, reference::Found expected) {
         std::vector<Value> args = {pic ? Value::picture(pic) : Value::nil(), Value::integer(-77), Value::integer(-77)};
         const Value answer = callMethodRef("Picture", kFind, receiver, args);
         EXPECT_EQ(answer.type, TypeName::Boolean);
-        return reference::Found{answer.i != 0, int(args[1].i), int(args[2].i)};
-    }
-    void expectFound(void* receiver, void* pic, reference::Found expected) {
-        const reference::Found got = find(receiver, pic);
-        EXPECT_TRUE(got.found == expected.found && got.x == expected.x && got.y == expected.y)
-            << "found " << got.found << " at " << got.x << "," << got.y << ", expected " << expected.found << " at "
-            << expected.x << "," << expected.y;
+        EXPECT_EQ(std::make_tuple(answer.i != 0, args[1].i, args[2].i),
+                  std::make_tuple(expected.found, int64_t(expected.x), int64_t(expected.y)));
     }
     void expectReference(void* receiver, void* pic) {
         expectFound(receiver, pic, reference::findPicture(snapshot(receiver), snapshot(pic)));
@@ -62,22 +58,22 @@ protected:
 // every format of the host.
 TEST_P(FindPictureTest, MatchesBruteForce) {
     std::mt19937 random(7 + unsigned(format().depth) * 5 + unsigned(format().kind));
+    auto below = [&](int n) { return int(random() % unsigned(n)); };
     for (int round = 0; round < 32; ++round) {
         const bool flat = round >= 24;
-        const unsigned colors = 2 + unsigned(round % 2);
-        auto color = [&] { return flat ? (random() % 40 ? kPalette[2] : kPalette[random() % 8]) : kPalette[random() % colors]; };
-        const int W = flat ? 30 + int(random() % 30) : 1 + int(random() % 30);
-        const int H = flat ? 20 + int(random() % 20) : 1 + int(random() % 24);
+        const int colors = 2 + round % 2;
+        auto color = [&] { return flat ? (below(40) ? kPalette[2] : kPalette[below(8)]) : kPalette[below(colors)]; };
+        const int W = flat ? 30 + below(30) : 1 + below(30), H = flat ? 20 + below(20) : 1 + below(24);
         Ref receiver = drawn(format(), W, H, color);
         for (const HostFormat& f : siblingFormats()) {
-            const int w = flat ? 2 + int(random() % 9) : 1 + int(random() % unsigned(std::min(W, 4) + 1));
-            const int h = flat ? 2 + int(random() % 9) : 1 + int(random() % unsigned(std::min(H, 4) + 1));
+            const int w = flat ? 2 + below(9) : 1 + below(std::min(W, 4) + 1);
+            const int h = flat ? 2 + below(9) : 1 + below(std::min(H, 4) + 1);
             SCOPED_TRACE(::testing::Message() << "round " << round << ": " << W << "x" << H << " in " << format().name
                                               << ", " << w << "x" << h << " in " << f.name);
             Ref sought = drawn(f, w, h, color);
             expectReference(receiver.get(), sought.get());
             if (w > W || h > H) continue;
-            Ref copy = cut(receiver.get(), f, int(random() % unsigned(W - w + 1)), int(random() % unsigned(H - h + 1)), w, h);
+            Ref copy = cut(receiver.get(), f, below(W - w + 1), below(H - h + 1), w, h);
             expectReference(receiver.get(), copy.get());
         }
     }
@@ -88,7 +84,7 @@ TEST_P(FindPictureTest, FindsCopiesInRandomPictures) {
     for (int round = 0; round < 6; ++round) {
         Ref receiver = randomPicture(60, 45, random());
         const int w = 1 + int(random() % 20), h = 1 + int(random() % 20);
-        Ref copy = cut(receiver.get(), format(), int(random() % unsigned(60 - w + 1)), int(random() % unsigned(45 - h + 1)), w, h);
+        Ref copy = cut(receiver.get(), format(), int(random() % unsigned(61 - w)), int(random() % unsigned(46 - h)), w, h);
         expectReference(receiver.get(), copy.get());
     }
     Ref receiver = randomPicture(30, 20, 5);
@@ -147,7 +143,8 @@ TEST_P(FindPictureTest, PartialMatchDoesNotHideLaterCopies) {
 TEST_P(FindPictureTest, SizesAndFailures) {
     Ref receiver = randomPicture(8, 6, 2);
     Ref wider = randomPicture(9, 2, 3), taller = randomPicture(2, 7, 4);
-    for (void* pic : {wider.get(), taller.get(), static_cast<void*>(nullptr)}) expectFound(receiver.get(), pic, {false, 0, 0});
+    for (void* pic : {wider.get(), taller.get(), static_cast<void*>(nullptr)})
+        expectFound(receiver.get(), pic, {false, 0, 0});
     expectFound(nullptr, receiver.get(), {false, 0, 0});
     // Pictures that cannot be read: a desktop reader falls back to a copy when the lock
     // fails, and that fails too. (Every other fault is swept in the reliability tests.)

@@ -139,8 +139,8 @@ TEST_P(RectangleMaskTest, TestedRectangleLimitsSeedsAndGrowth) {
     expected[14][14] = '#';
     EXPECT_EQ(maskOf(pic.get(), {{10, 10, 5, 5}}), expected);
     // Wholly outside, or empty, or a huge one from far left and above: all white.
-    for (std::array<int, 4> r : {std::array{20, 0, 5, 5}, {-10, -10, 5, 5}, {0, 0, 0, 20}, {INT_MAX, INT_MAX, INT_MAX, INT_MAX},
-                                 {INT_MIN, INT_MIN, INT_MAX, INT_MAX}})
+    for (std::array<int, 4> r : {std::array{20, 0, 5, 5}, {-10, -10, 5, 5}, {0, 0, 0, 20},
+                                 {INT_MAX, INT_MAX, INT_MAX, INT_MAX}, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}})
         EXPECT_EQ(maskOf(pic.get(), r), white) << r[0] << "," << r[1] << " " << r[2] << "x" << r[3];
     // A huge rectangle from just left and above is the whole picture.
     EXPECT_EQ(maskOf(pic.get(), {{-5, -5, INT_MAX, INT_MAX}}), maskOf(pic.get()));

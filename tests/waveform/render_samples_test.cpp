@@ -266,8 +266,9 @@ TEST_P(RenderSamplesTest, FailuresGiveNil) {
     EXPECT_EQ(expectReference(bytes, Params(8, 32767, 1)).width, 32767);
     // The host failing to make the picture, to lock its description or its pixels.
     const ref::Params p = Params(8, 16, 16, 1, 3);
-    for (standin::Fault fault : {standin::Fault::PictureCreation, standin::Fault::DescriptionLock, standin::Fault::PixelLock}) {
-        if (fault == standin::Fault::PixelLock && !format().desktop()) continue;
+    using standin::Fault;
+    for (Fault fault : {Fault::PictureCreation, Fault::DescriptionLock, Fault::PixelLock}) {
+        if (fault == Fault::PixelLock && !format().desktop()) continue;
         standin::failNth(fault, 1);
         EXPECT_FALSE(render(bytes, p)) << int(fault);
     }
