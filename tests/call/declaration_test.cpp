@@ -100,27 +100,33 @@ TEST(Declaration, TypeNames) {
     EXPECT_STREQ(typeNameText(TypeName::MemoryBlock), "MemoryBlock");
 }
 
+Declaration declaration(const std::string& text) {
+    auto d = parseDeclaration(text);
+    EXPECT_TRUE(d) << "cannot parse " << text;
+    return d ? *d : Declaration{};
+}
+
 TEST(Declaration, FormatWritesACanonicalFormThatParsesBack) {
     for (auto [text, summary] : kAccepted) {
-        std::string formatted = formatDeclaration(*parseDeclaration(text));
+        std::string formatted = formatDeclaration(declaration(text));
         EXPECT_EQ(parsed(formatted), summary) << formatted;
-        EXPECT_EQ(formatDeclaration(*parseDeclaration(formatted)), formatted);
+        EXPECT_EQ(formatDeclaration(declaration(formatted)), formatted);
     }
     // Type names stay as written.
     for (auto [text, want] : {std::pair{"LenB( s as string ) as integer", "LenB(s as string) as integer"},
                               {"F(byref a as color=&c010203)", "F(byref a as color = &c010203)"},
                               {"Outline(g as Graphics, byref w as Window) as RuntimeException",
                                "Outline(g as Graphics, byref w as Window) as RuntimeException"}})
-        EXPECT_EQ(formatDeclaration(*parseDeclaration(text)), want);
+        EXPECT_EQ(formatDeclaration(declaration(text)), want);
 }
 
 // A value as "Type value", or "invalid".
 std::string shown(const std::optional<Value>& v) {
     if (!v) return "invalid";
     std::ostringstream o;
-    o << typeNameText(v->type) << ' ';
+    o << typeNameText(v->type) << ' ' << std::uppercase;
     if (v->type == TypeName::Double) o << v->d;
-    else if (v->type == TypeName::Color) o << "&c" << std::uppercase << std::hex << std::setw(6) << std::setfill('0') << v->i;
+    else if (v->type == TypeName::Color) o << "&c" << std::hex << std::setw(6) << std::setfill('0') << v->i;
     else if (isObjectType(v->type)) o << (v->isNil() ? "nil" : "\"" + stringBytes(v->ref.get()) + "\"");
     else o << v->i;
     return o.str();
@@ -159,7 +165,8 @@ TEST(DeclarationDefaults, ValuesByType) {
         EXPECT_EQ(validDefault(c.type, c.text), std::string(c.value) != "invalid") << c.text;
     }
     // A parameter's default is its text read as a value of its type.
-    Declaration d = *parseDeclaration("D(a as integer, c as color = 255, p as picture = nil, s as string = \"hi\")");
+    Declaration d = declaration("D(a as integer, c as color = 255, p as picture = nil, s as string = \"hi\")");
+    ASSERT_EQ(d.params.size(), 4u);
     EXPECT_EQ(shown(defaultValue(d.params[0])), "invalid");  // none
     EXPECT_EQ(shown(defaultValue(d.params[1])), "Color &c0000FF");
     EXPECT_EQ(shown(defaultValue(d.params[2])), "Picture nil");

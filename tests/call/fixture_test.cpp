@@ -52,15 +52,7 @@ TEST_F(FixtureTest, ExceptionsAreTakenAndChecked) {
     EXPECT_FALSE(exceptionRaised("NilObjectException", "other text"));
 }
 
-TEST(FixtureFormats, ListsNamesAndSnapshots) {
-    EXPECT_EQ(allFormats().size(), 6u);
-    std::vector<int> codes;
-    for (const HostFormat& f : readerFormats()) codes.push_back(f.code());
-    EXPECT_EQ(codes, (std::vector<int>{13, 12, 8}));
-    EXPECT_EQ(formatNamed("desktop16").code(), 0);
-    EXPECT_EQ(formatNamed("web").kind, AppKind::Web);
-    EXPECT_EQ(::testing::PrintToString(formatNamed("console")), "console");
-
+TEST(FixtureSnapshots, SamePixelsNamesTheDifferences) {
     Snapshot a{2, 2, {1, 2, 3, 4}, {}}, b = a;
     EXPECT_TRUE(samePixels(a, b));
     b.rgb[3] = 0xABCDEF;
@@ -96,6 +88,7 @@ TEST_P(FixtureFormatTest, PicturesOfTheFormatAndRepeatableRandomFill) {
     EXPECT_TRUE(standin::guardsIntact(a.get()));
     if (format().depth == 32) {  // mask bytes vary too (readers must ignore them)
         std::vector<uint8_t> mask = snapshot(a.get()).mask;
+        ASSERT_FALSE(mask.empty());
         EXPECT_NE(std::count(mask.begin(), mask.end(), mask[0]), long(mask.size()));
     }
     fillColor(c.get(), 0x000000);

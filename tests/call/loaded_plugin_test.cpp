@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 #include "host/call.h"
 #include "host/host.h"
@@ -29,7 +30,7 @@ std::string loadedFile(const LoadedPlugin& plugin) {
 const std::string kFrameworks = std::string(VQZ_BINARY_DIR) + "/frameworks";
 
 TEST(LoadedPlugin, EachInstanceRunsFromItsOwnCopy) {
-    std::string first, second;
+    std::string first;
     {
         LoadedPlugin plugin(standin::HostConfig{});
         ASSERT_TRUE(plugin.ok()) << plugin.error();
@@ -92,12 +93,11 @@ TEST(LoadedPlugin, ModulesThatCannotBeLoaded) {
 
 TEST(LoadedPlugin, ModulePathComesFromTheEnvironment) {
     const char* old = std::getenv("VQZ_PLUGIN");
-    std::string saved = old ? old : "";
+    const std::string saved = old ? old : "";
     ::setenv("VQZ_PLUGIN", "/somewhere/else.so", 1);
     EXPECT_EQ(LoadedPlugin::defaultModulePath(), "/somewhere/else.so");
     ::unsetenv("VQZ_PLUGIN");
-    std::string builtIn = LoadedPlugin::defaultModulePath();
-    EXPECT_NE(builtIn.find("vqzpicture"), std::string::npos) << builtIn;
+    EXPECT_NE(LoadedPlugin::defaultModulePath().find("vqzpicture"), std::string::npos);  // the one built alongside
     if (old) ::setenv("VQZ_PLUGIN", saved.c_str(), 1);
 }
 

@@ -140,7 +140,7 @@ TEST_F(ClassesTest, ApplicationKindAnswers) {
     const std::pair<AppKind, const char*> kinds[] = {
         {AppKind::Desktop, "Application"}, {AppKind::Console, "ConsoleApplication"}, {AppKind::Web, "WebApplication"}};
     for (auto [kind, yes] : kinds) {
-        useHost(hostConfig(kind));
+        reset(hostConfig(kind));
         for (const char* name : {"Application", "ConsoleApplication", "WebApplication"})
             EXPECT_EQ(api.objectType(name) != nullptr, std::strcmp(name, yes) == 0) << name;
         EXPECT_NE(api.objectType("NilObjectException"), nullptr);

@@ -31,7 +31,10 @@ protected:
 std::string drawing(void* pic, uint32_t c) {
     std::string s;
     for (int y = 0; y < pictureHeight(pic); ++y) {
-        for (int x = 0; x < pictureWidth(pic); ++x) s += getRGB(pic, x, y) == c ? '#' : getRGB(pic, x, y) == 0xFFFFFF ? '.' : '?';
+        for (int x = 0; x < pictureWidth(pic); ++x) {
+            uint32_t rgb = getRGB(pic, x, y);
+            s += rgb == c ? '#' : rgb == 0xFFFFFF ? '.' : '?';
+        }
         s += '\n';
     }
     return s;
@@ -78,7 +81,9 @@ TEST_F(GraphicsTest, DrawPictureIntoItselfReadsTheOldPixels) {
     Ref p = Ref::adopt(newGWorldPicture(4, 1, 32));
     for (int x = 0; x < 4; ++x) setRGB(p.get(), x, 0, uint32_t(x) * 0x10);
     Ref g = graphicsOf(p);
-    drawPictureOf(g)(gfx(g), p.pic(), 1, 0, 3, 1, 0, 0, 3, 1);
+    Entry<DrawPictureFn> draw = drawPictureOf(g);
+    ASSERT_NE(draw.fn, nullptr);
+    draw(gfx(g), p.pic(), 1, 0, 3, 1, 0, 0, 3, 1);
     std::vector<uint32_t> row;
     for (int x = 0; x < 4; ++x) row.push_back(getRGB(p.get(), x, 0));
     EXPECT_EQ(row, (std::vector<uint32_t>{0x00, 0x00, 0x10, 0x20}));

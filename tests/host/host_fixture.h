@@ -32,11 +32,10 @@ using Gfx = REALgraphicsStruct*;
 // The host entry points the tests call.
 struct HostApi {
     Entry<void(Obj)> lockObject{"REALLockObject"}, unlockObject{"REALUnlockObject"}, raise{"RuntimeRaiseException"};
-    Entry<void(Str)> lockString{"REALLockString"}, unlockString{"REALUnlockString"};
+    Entry<void(Str)> unlockString{"REALUnlockString"};
     Entry<Obj(const char*)> newInstance{"PluginNewInstance"};
     Entry<void*(const char*)> objectType{"pluginObjectType"};
     Entry<void(REALclassDefinition*)> registerClass{"PluginRegisterClass"};
-    Entry<void(REALclassDefinition*)> registerExtension{"PluginRegisterClassExtension"};
     Entry<void(REALmethodDefinition*)> registerMethod{"PluginRegisterMethod"};
     Entry<void*(Obj, const char*)> loadObjectMethod{"REALLoadObjectMethod"};
     Entry<void*(const char*, const char*)> loadGlobalMethod{"REALLoadGlobalMethod"};
@@ -64,25 +63,16 @@ struct HostApi {
 };
 
 inline HostConfig hostConfig(AppKind kind, double version = 2013.0, bool hasVersion = true) {
-    HostConfig c;
-    c.kind = kind;
-    c.version = version;
-    c.hasVersion = hasVersion;
-    return c;
+    return HostConfig{kind, hasVersion, version, {}, false};
 }
 
 class HostTest : public ::testing::Test {
 protected:
-    void SetUp() override { useHost(hostConfig(AppKind::Desktop)); }
-    void TearDown() override {
-        Ledger l = ledger();
-        EXPECT_TRUE(l.clean()) << l.detail;
+    void SetUp() override {
+        reset(hostConfig(AppKind::Desktop));
+        api = HostApi();  // after the reset: the last test's host may have hidden some names
     }
-    // Switches the host (nothing may be held across).
-    void useHost(const HostConfig& c) {
-        reset(c);
-        api = HostApi();
-    }
+    void TearDown() override { EXPECT_TRUE(ledger().clean()) << ledger().detail; }
     // For tests that provoke misuse: checks the recorded errors, then starts over
     // so that the test ends clean.
     void expectErrorsAndReset(size_t count) {

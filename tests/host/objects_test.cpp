@@ -55,7 +55,8 @@ TEST_F(ObjectsTest, MemoryBlocksAreZeroFilledAndSized) {
 
 TEST_F(ObjectsTest, FaultsHitTheNthOccurrenceOnly) {
     failNth(Fault::MemoryBlockCreation, 2);
-    Ref a = Ref::adopt(api.newMemoryBlock(1)), b = Ref::adopt(api.newMemoryBlock(1)), c = Ref::adopt(api.newMemoryBlock(1));
+    Ref a = Ref::adopt(api.newMemoryBlock(1)), b = Ref::adopt(api.newMemoryBlock(1));
+    Ref c = Ref::adopt(api.newMemoryBlock(1));
     EXPECT_TRUE(a && !b && c);
     EXPECT_EQ(occurrences(Fault::MemoryBlockCreation), 3);
     failNth(Fault::PictureCreation, 1);

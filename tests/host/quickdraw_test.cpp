@@ -1,89 +1,73 @@
-// The stand-in ApplicationServices library, loaded the way the plugin loads it.
+// QuickDraw over the stand-in host's GWorlds: pixel maps, locks, ports, regions, ScrollRect.
 #include <dlfcn.h>
 
 #include <string>
 #include <utility>
 
+#include "host/quickdraw.h"
 #include "tests/host/host_fixture.h"
 
 namespace hosttest {
 namespace {
 
-struct QuickDraw {
-    void* library = dlopen((std::string(VQZ_BINARY_DIR) + "/frameworks/ApplicationServices.framework/ApplicationServices")
-                               .c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* sym(const char* name) {
-        void* f = library ? dlsym(library, name) : nullptr;
-        EXPECT_TRUE(f || !library) << name;
-        return f;
-    }
-    Entry<PixMapHandle(GWorldPtr)> GetGWorldPixMap{sym("GetGWorldPixMap")};
-    Entry<uint8_t(PixMapHandle)> LockPixels{sym("LockPixels")};
-    Entry<void(PixMapHandle)> UnlockPixels{sym("UnlockPixels")};
-    Entry<void*(PixMapHandle)> GetPixBaseAddr{sym("GetPixBaseAddr")};
-    Entry<int32_t(PixMapHandle)> GetPixRowBytes{sym("GetPixRowBytes")};
-    Entry<int16_t(PixMapHandle)> GetPixDepth{sym("GetPixDepth")};
-    Entry<void(GWorldPtr*, void**)> GetGWorld{sym("GetGWorld")};
-    Entry<void(GWorldPtr, void*)> SetGWorld{sym("SetGWorld")};
-    Entry<RgnHandle()> NewRgn{sym("NewRgn")};
-    Entry<void(RgnHandle)> DisposeRgn{sym("DisposeRgn")};
-    Entry<void(const Rect*, int16_t, int16_t, RgnHandle)> ScrollRect{sym("ScrollRect")};
-    ~QuickDraw() { if (library) dlclose(library); }
-};
-
 class QuickDrawTest : public HostTest {
 protected:
-    void SetUp() override {
-        HostTest::SetUp();
-        ASSERT_NE(qd.library, nullptr) << dlerror();
-    }
-    GWorldPtr gworldOf(void* pic) {
+    GWorldPtr gworldOf(const Ref& pic) {
         REALpictureDescription d{};
-        api.lockDescription(static_cast<Pic>(pic), &d);
-        api.unlockDescription(static_cast<Pic>(pic));
+        api.lockDescription(pic.pic(), &d);
+        api.unlockDescription(pic.pic());
         return static_cast<GWorldPtr>(d.pictureData);
     }
-    QuickDraw qd;
 };
+
+TEST_F(QuickDrawTest, TheLibraryExportsTheFunctionsByTheirNames) {
+    void* library = dlopen(VQZ_BINARY_DIR "/frameworks/ApplicationServices.framework/ApplicationServices",
+                           RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    for (const char* name : {"GetGWorldPixMap", "LockPixels", "UnlockPixels", "GetPixBaseAddr", "GetPixRowBytes",
+                             "GetPixDepth", "GetGWorld", "SetGWorld", "NewRgn", "DisposeRgn", "ScrollRect"})
+        EXPECT_NE(dlsym(library, name), nullptr) << name;
+    dlclose(library);
+}
 
 TEST_F(QuickDrawTest, PixelMapsOfEveryDepth) {
     for (int depth : {32, 24, 16, 8}) {
         Ref p = Ref::adopt(newGWorldPicture(5, 3, depth));
-        PixMapHandle pm = qd.GetGWorldPixMap(gworldOf(p.get()));
+        PixMapHandle pm = qd::GetGWorldPixMap(gworldOf(p));
         ASSERT_NE(pm, nullptr);
-        EXPECT_EQ(qd.GetPixDepth(pm), depth);
-        EXPECT_EQ(qd.GetPixBaseAddr(pm), pixelAddress(p.get(), 0, 0));
-        EXPECT_EQ(static_cast<uint8_t*>(qd.GetPixBaseAddr(pm)) + 2 * qd.GetPixRowBytes(pm),
-                  pixelAddress(p.get(), 0, 2));
-        EXPECT_GT(qd.GetPixRowBytes(pm), 5 * depth / 8);
+        EXPECT_EQ(qd::GetPixDepth(pm), depth);
+        auto* base = static_cast<uint8_t*>(qd::GetPixBaseAddr(pm));
+        EXPECT_EQ(std::make_pair(base, base + 2 * qd::GetPixRowBytes(pm)),
+                  std::make_pair(pixelAddress(p.get(), 0, 0), pixelAddress(p.get(), 0, 2)));
+        EXPECT_GT(qd::GetPixRowBytes(pm), 5 * depth / 8);
     }
 }
 
 TEST_F(QuickDrawTest, PixelLocksPortsAndRegionsShowInTheLedger) {
     Ref p = Ref::adopt(newGWorldPicture(2, 2, 32));
-    PixMapHandle pm = qd.GetGWorldPixMap(gworldOf(p.get()));
-    EXPECT_TRUE(qd.LockPixels(pm));
+    PixMapHandle pm = qd::GetGWorldPixMap(gworldOf(p));
+    EXPECT_TRUE(qd::LockPixels(pm));
     EXPECT_EQ(ledger().pixelLocks, 1);
     EXPECT_FALSE(ledger().clean());
-    qd.UnlockPixels(pm);
+    qd::UnlockPixels(pm);
     failNth(Fault::PixelLock, 1);
-    EXPECT_FALSE(qd.LockPixels(pm));
+    EXPECT_FALSE(qd::LockPixels(pm));
     EXPECT_EQ(std::make_pair(ledger().pixelLocks, occurrences(Fault::PixelLock)), std::make_pair(0, 2));
 
     GWorldPtr saved = nullptr;
     void* device = nullptr;
-    qd.GetGWorld(&saved, &device);
+    qd::GetGWorld(&saved, &device);
     EXPECT_NE(saved, nullptr);
-    qd.SetGWorld(gworldOf(p.get()), nullptr);
-    RgnHandle rgn = qd.NewRgn();
+    qd::SetGWorld(gworldOf(p), nullptr);
+    RgnHandle rgn = qd::NewRgn();
     EXPECT_EQ(std::make_pair(ledger().portChanged, ledger().liveObjects), std::make_pair(true, 2));  // and the region
-    qd.DisposeRgn(rgn);
-    qd.SetGWorld(saved, device);
+    qd::DisposeRgn(rgn);
+    qd::SetGWorld(saved, device);
     EXPECT_EQ(std::make_pair(ledger().portChanged, ledger().liveObjects), std::make_pair(false, 1));
 
-    qd.UnlockPixels(pm);  // not locked
+    qd::UnlockPixels(pm);  // not locked
     int bogus = 0;
-    EXPECT_EQ(qd.GetPixDepth(reinterpret_cast<PixMapHandle>(&bogus)), 0);
+    EXPECT_EQ(qd::GetPixDepth(reinterpret_cast<PixMapHandle>(&bogus)), 0);
     expectErrorsAndReset(2);
     p.take();
 }
@@ -106,12 +90,12 @@ TEST_P(ScrollRect, MovesPixelsInsideTheRectangleAndPaintsTheUncoveredPartWhite) 
             for (int x = 0; x < 6; ++x) setRGB(p.get(), x, y, pattern(x, y));
         GWorldPtr saved;
         void* device;
-        qd.GetGWorld(&saved, &device);  // ScrollRect works in the current port
-        qd.SetGWorld(gworldOf(p.get()), nullptr);
-        RgnHandle rgn = c.region ? qd.NewRgn() : nullptr;
-        qd.ScrollRect(&c.r, c.dh, c.dv, rgn);
-        if (rgn) qd.DisposeRgn(rgn);
-        qd.SetGWorld(saved, device);
+        qd::GetGWorld(&saved, &device);  // ScrollRect works in the current port
+        qd::SetGWorld(gworldOf(p), nullptr);
+        RgnHandle rgn = c.region ? qd::NewRgn() : nullptr;
+        qd::ScrollRect(&c.r, c.dh, c.dv, rgn);
+        if (rgn) qd::DisposeRgn(rgn);
+        qd::SetGWorld(saved, device);
 
         auto inside = [&](int x, int y) { return x >= c.r.left && x < c.r.right && y >= c.r.top && y < c.r.bottom; };
         for (int y = 0; y < 5; ++y) {

@@ -8,17 +8,14 @@ namespace {
 
 // Every lookup name a host answers, as the plugin spells them.
 const std::vector<std::string> kLookupNames = {
-    "RegisterPluginVersion", "REALGetRBVersion", "REALLockObject", "REALUnlockObject",
-    "REALLockString", "REALUnlockString", "PluginNewInstance", "pluginObjectType",
-    "RuntimeRaiseException", "PluginRegisterClass", "PluginRegisterClassExtension",
-    "PluginRegisterMethod", "REALLoadObjectMethod", "REALLoadGlobalMethod", "REALGetPropValueInt",
-    "REALSetPropValueInt", "REALSetPropValueUInt32", "REALSetPropValueString", "newPicture",
-    "pluginPictureGraphicsGetter", "REALGetPictureMask", "REALPictureClearCache",
-    "lockPictureDescription", "REALLockPictureDescription", "unlockPictureDescription",
-    "RuntimeGraphicsDrawLine", "newMemoryBlock", "memoryBlockGetPtr", "memoryBlockGetSize",
-    "REALBuildString", "REALGetStringEncoding", "REALSetStringEncoding", "REALConvertString",
-    "PluginGetStringData", "PluginDisposeStringData", "StringGetCString",
-};
+    "RegisterPluginVersion", "REALGetRBVersion", "REALLockObject", "REALUnlockObject", "REALLockString",
+    "REALUnlockString", "PluginNewInstance", "pluginObjectType", "RuntimeRaiseException", "PluginRegisterClass",
+    "PluginRegisterClassExtension", "PluginRegisterMethod", "REALLoadObjectMethod", "REALLoadGlobalMethod",
+    "REALGetPropValueInt", "REALSetPropValueInt", "REALSetPropValueUInt32", "REALSetPropValueString", "newPicture",
+    "pluginPictureGraphicsGetter", "REALGetPictureMask", "REALPictureClearCache", "lockPictureDescription",
+    "REALLockPictureDescription", "unlockPictureDescription", "RuntimeGraphicsDrawLine", "newMemoryBlock",
+    "memoryBlockGetPtr", "memoryBlockGetSize", "REALBuildString", "REALGetStringEncoding", "REALSetStringEncoding",
+    "REALConvertString", "PluginGetStringData", "PluginDisposeStringData", "StringGetCString"};
 
 using ResolverTest = HostTest;
 
@@ -35,17 +32,14 @@ TEST_F(ResolverTest, AnswersExactlyTheHostEntryPoints) {
 TEST_F(ResolverTest, HiddenNamesAndVersions) {
     HostConfig c = hostConfig(AppKind::Desktop, 2011.5, false);
     c.hidden = {"PluginGetStringData", "newPicture"};
-    useHost(c);
+    reset(c);
     for (const char* name : {"PluginGetStringData", "newPicture", "REALGetRBVersion"})
         EXPECT_EQ(resolve(name), nullptr) << name;
     EXPECT_NE(resolve("StringGetCString"), nullptr);
 
-    useHost(hostConfig(AppKind::Desktop, 2012.5));
+    reset(hostConfig(AppKind::Desktop, 2012.5));
     ASSERT_NE(resolve("REALGetRBVersion"), nullptr);
     EXPECT_EQ(Entry<double()>("REALGetRBVersion")(), 2012.5);
-    EXPECT_EQ(registeredPluginVersion(), 0);
-    Entry<void(int32_t)>("RegisterPluginVersion")(9);
-    EXPECT_EQ(registeredPluginVersion(), 9);
 }
 
 TEST_F(ResolverTest, LenBIsTheOnlyGlobalMethod) {

@@ -96,19 +96,11 @@ TEST_F(StringsTest, StringDataAsStoredAndFailures) {
 TEST_F(StringsTest, HandleIsTheOldStringLayout) {
     Ref s = Ref::adopt(newString("hello", kEncodingUTF8));
     // Read the header the way an old-host reader does: by byte offsets.
-    auto field = [&](size_t at, auto value) {
-        std::memcpy(&value, static_cast<const char*>(s.get()) + at, sizeof value);
-        return value;
-    };
-    const char* storage = field(offsetof(OldHostString, storage), static_cast<const char*>(nullptr));
-    EXPECT_EQ(field(offsetof(OldHostString, length), int32_t()), 5);
-    EXPECT_STREQ(storage + 1, "hello");  // NUL-terminated after the text
-    EXPECT_EQ(storage + 1, api.cString(s.str()));
-    EXPECT_EQ(field(offsetof(OldHostString, refCount), int32_t()), 1);
-    api.lockString(s.str());
-    EXPECT_EQ(field(offsetof(OldHostString, refCount), int32_t()), 2);
-    api.unlockString(s.str());
-    EXPECT_EQ(field(offsetof(OldHostString, refCount), int32_t()), 1);
+    OldHostString header;
+    std::memcpy(&header, s.get(), sizeof header);
+    EXPECT_EQ(std::make_pair(header.refCount, header.length), std::make_pair(1, 5));
+    EXPECT_STREQ(header.storage + 1, "hello");  // NUL-terminated after the text
+    EXPECT_EQ(header.storage + 1, api.cString(s.str()));
 }
 
 }  // namespace
