@@ -161,6 +161,14 @@ Snapshot freshSnapshot(int w, int h) {
     return vqztest::snapshot(fresh.get());
 }
 
+int writtenMaskByte(void* pic) {
+    switch (standin::pictureKind(pic)) {
+        case standin::PictureKind::GWorld: return standin::pictureDepth(pic) == 32 ? 255 : -1;
+        case standin::PictureKind::Bitmap: return 0;
+        default: return -1;
+    }
+}
+
 std::string hex(uint32_t rgb) {
     char buf[16];
     std::snprintf(buf, sizeof buf, "#%06X", unsigned(rgb & 0xFFFFFF));

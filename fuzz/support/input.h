@@ -40,6 +40,29 @@ Ref makeBlock(FuzzedDataProvider& in, int32_t size);
 // The colors of a new host picture of w x h, as results start out.
 Snapshot freshSnapshot(int w, int h);
 
+// The mask byte of pixels that an operation wrote into `pic`: 255 in code 13, 0 in
+// code 8; -1 for pixels without one.
+int writtenMaskByte(void* pic);
+// Checks the mask bytes of `pic` against the writing rule where `written(x, y)`, and
+// (when `othersAsNew`) that the other pixels keep the mask byte of a new picture.
+// Answers "" or the first pixel that breaks it.
+template <class Written>
+std::string maskDifference(void* pic, Written written, bool othersAsNew) {
+    const int rule = writtenMaskByte(pic);
+    if (rule < 0) return "";
+    const Snapshot s = vqztest::snapshot(pic);
+    for (int y = 0; y < s.height; ++y)
+        for (int x = 0; x < s.width; ++x) {
+            const bool w = written(x, y);
+            if (!w && !othersAsNew) continue;
+            const int want = w ? rule : standin::kNewPictureMaskByte;
+            if (s.maskAt(x, y) != want)
+                return "mask byte of (" + std::to_string(x) + ", " + std::to_string(y) + ") is " +
+                       std::to_string(s.maskAt(x, y)) + ", expected " + std::to_string(want);
+        }
+    return "";
+}
+
 std::string hex(uint32_t rgb);
 // The first pixel where two snapshots differ, for messages ("" when equal in color).
 std::string firstDifference(const Snapshot& expected, const Snapshot& actual);

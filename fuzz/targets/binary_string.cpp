@@ -63,6 +63,8 @@ void checkPicture(const Value& result, const Snapshot& expected, const char* wha
     FUZZ_CHECK(standin::guardsIntact(result.ref.get()), std::string(what) + ": wrote outside the rows");
     const std::string difference = firstDifference(expected, vqztest::snapshot(result.ref.get()));
     FUZZ_CHECK(difference.empty(), std::string(what) + ": " + difference);
+    const std::string masks = maskDifference(result.ref.get(), [](int, int) { return true; }, false);
+    FUZZ_CHECK(masks.empty(), std::string(what) + ": " + masks);
 }
 
 // Writes the picture's string, checks it, and reads it back.

@@ -96,6 +96,9 @@ void transform(FuzzedDataProvider& in, Session& session, void* pic, const Snapsh
         }
     const std::string difference = firstDifference(expected, vqztest::snapshot(result.ref.get()));
     FUZZ_CHECK(difference.empty(), std::string("TransformColorsVQZ") + (intoDest ? " into dest" : "") + ": " + difference);
+    const std::string masks = maskDifference(
+        result.ref.get(), [&](int x, int y) { return x < source.width && y < source.height; }, false);
+    FUZZ_CHECK(masks.empty(), "TransformColorsVQZ: " + masks);
 }
 
 void countAll(FuzzedDataProvider& in, Session& session, void* pic, const Snapshot& source) {

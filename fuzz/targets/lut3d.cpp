@@ -137,6 +137,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 FUZZ_CHECK(difference.empty(), "Run with MinX " + std::to_string(bounds.minX) + " MinY " +
                                               std::to_string(bounds.minY) + " MaxX " + std::to_string(bounds.maxX) +
                                               " MaxY " + std::to_string(bounds.maxY) + ": " + difference);
+                const std::string masks = maskDifference(
+                    out.get(), [&](int x, int y) { return reference::inFilterBlock(before.width, before.height, bounds, x, y); },
+                    true);
+                FUZZ_CHECK(masks.empty(), "Run: " + masks);
                 break;
             }
         }

@@ -131,6 +131,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 const Snapshot fresh = freshSnapshot(before.width, before.height);
                 checkPicture(result, reference::invert(before, fresh, r.left, r.top, r.width, r.height, method == 1),
                              call);
+                const reference::Span span =
+                    reference::invertedSpan(before.width, before.height, r.left, r.top, r.width, r.height, method == 1);
+                const std::string masks =
+                    maskDifference(result.ref.get(), [&](int x, int y) { return span.contains(x, y); }, true);
+                FUZZ_CHECK(masks.empty(), call + ": " + masks);
                 break;
             }
             case 2:
@@ -153,6 +158,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 expected.mask.clear();
                 for (size_t i = 0; i < black.size(); ++i) expected.rgb[i] = black[i] ? 0x000000 : 0xFFFFFF;
                 checkPicture(result, expected, call);
+                const std::string masks = maskDifference(result.ref.get(), [](int, int) { return true; }, false);
+                FUZZ_CHECK(masks.empty(), call + ": " + masks);
                 break;
             }
         }
