@@ -55,8 +55,7 @@ TEST_F(ToolImageTest, ReadsPngOfEveryKindWithAlphaAsTheMask) {
                 if (alpha) samples.push_back(p[3]);
             }
         }
-        png_image image;
-        std::memset(&image, 0, sizeof image);
+        png_image image{};
         image.version = PNG_IMAGE_VERSION;
         image.width = kW;
         image.height = kH;
