@@ -5,6 +5,7 @@
 
 #include "ops/color/color_kernels.h"
 #include "ops/color/color_rows.h"
+#include "picture/channel_tables.h"
 #include "picture/pixel_loop.h"
 #include "plugin/errors.h"
 #include "plugin/host_api.h"
@@ -73,99 +74,6 @@ void CountChannelValues(PictureReader& reader, ChannelHistograms& histograms) {
 
 // ---------------------------------------------------------------- lookup tables
 
-namespace {
-
-struct ChannelTables {
-    uint8_t red[256], green[256], blue[256];
-};
-
-// Each table's output already at its place in the writer's pixel word.
-struct WordTables {
-    uint32_t red[256], green[256], blue[256];
-};
-
-// Two of the three channels of a 4-byte pixel share one 16-bit half of its word
-// (green and blue in both 4-byte formats); from this many pixels on, a table of
-// 65536 words indexed by that half saves one look-up per pixel. Building it costs
-// about as much as mapping 30000 pixels.
-constexpr int64_t kPairTablePixels = int64_t(1) << 18;
-
-template <class In>
-struct PairHalf {
-    using I = pixel::Word<In>;
-    static bool low(int shift) { return shift < 16; }
-    static int shift() {
-        return int(low(I::redShift())) + int(low(I::greenShift())) + int(low(I::blueShift())) >= 2 ? 0 : 16;
-    }
-    static bool holds(int channelShift) { return low(channelShift) == (shift() == 0); }
-    static bool red() { return holds(I::redShift()); }
-    static bool green() { return holds(I::greenShift()); }
-    static bool blue() { return holds(I::blueShift()); }
-};
-
-// The table look-ups are scalar loads: vectorized they become emulated gathers that
-// run slower, so these row loops stay scalar.
-#if defined(__GNUC__) && !defined(__clang__)
-#define COLOR_SCALAR_LOOP __attribute__((optimize("no-tree-vectorize")))
-#else
-#define COLOR_SCALAR_LOOP
-#endif
-
-template <class In, class Out, class Pixel>
-COLOR_SCALAR_LOOP void MapTableWords(PictureReader& reader, PictureWriter& writer, Pixel pixel) {
-    const int32_t width = reader.width;
-    WalkRows(reader, writer, [&](const uint8_t* source, uint8_t* target) {
-        for (int32_t x = 0; x < width; ++x)
-            pixel::Word<Out>::store(target + static_cast<ptrdiff_t>(x) * 4,
-                                    pixel(pixel::Word<In>::load(source + static_cast<ptrdiff_t>(x) * 4)));
-    });
-}
-
-template <class In, class Out>
-COLOR_SCALAR_LOOP void MapTableColors(PictureReader& reader, PictureWriter& writer, const ChannelTables& t) {
-    MapColors<In, Out>(reader, writer, [&](RGB c) { return RGB{t.red[c.r], t.green[c.g], t.blue[c.b]}; });
-}
-
-template <class In, class Out>
-void MapTableRows(PictureReader& reader, PictureWriter& writer, const ChannelTables& t) {
-    if constexpr (In::bytes == 4 && Out::bytes == 4) {
-        using I = pixel::Word<In>;
-        using O = pixel::Word<Out>;
-        using H = PairHalf<In>;
-        WordTables w;
-        for (int v = 0; v < 256; ++v) {
-            w.red[v] = uint32_t(t.red[v]) << O::redShift();
-            w.green[v] = uint32_t(t.green[v]) << O::greenShift();
-            w.blue[v] = uint32_t(t.blue[v]) << O::blueShift();
-        }
-        const uint32_t fixed = O::fixedBits();
-        uint32_t* pairs = nullptr;
-        if (static_cast<int64_t>(reader.width) * reader.height >= kPairTablePixels)
-            pairs = static_cast<uint32_t*>(AllocateClearMemory(65536 * sizeof(uint32_t)));
-        if (pairs) {
-            // Without the memory the three tables give the same result.
-            for (uint32_t half = 0; half < 65536; ++half) {
-                const uint32_t word = half << H::shift();
-                pairs[half] = (H::red() ? w.red[I::red(word)] : 0) | (H::green() ? w.green[I::green(word)] : 0) |
-                              (H::blue() ? w.blue[I::blue(word)] : 0);
-            }
-            MapTableWords<In, Out>(reader, writer, [&](uint32_t p) {
-                return fixed | pairs[(p >> H::shift()) & 0xFFFFu] | (H::red() ? 0 : w.red[I::red(p)]) |
-                       (H::green() ? 0 : w.green[I::green(p)]) | (H::blue() ? 0 : w.blue[I::blue(p)]);
-            });
-            FreeMemoryNow(pairs);
-        } else {
-            MapTableWords<In, Out>(reader, writer, [&](uint32_t p) {
-                return fixed | w.red[I::red(p)] | w.green[I::green(p)] | w.blue[I::blue(p)];
-            });
-        }
-    } else {
-        MapTableColors<In, Out>(reader, writer, t);
-    }
-}
-
-}  // namespace
-
 void MapThroughTables(PictureReader& reader, PictureWriter& writer, const uint8_t* red, const uint8_t* green,
                       const uint8_t* blue) {
     // Private copies: the tables cannot alias the pixels, and stay in cache.
@@ -173,8 +81,7 @@ void MapThroughTables(PictureReader& reader, PictureWriter& writer, const uint8_
     memcpy(t.red, red, sizeof t.red);
     memcpy(t.green, green, sizeof t.green);
     memcpy(t.blue, blue, sizeof t.blue);
-    DispatchFormats(reader.pixelType, writer.pixelType,
-                    [&](auto in, auto out) { MapTableRows<decltype(in), decltype(out)>(reader, writer, t); });
+    MapThroughTables(reader, writer, t);
 }
 
 int32_t CountColorVQZ(REALpictureStruct* picture, uint32_t col) {
